@@ -1,0 +1,27 @@
+# The two set-up commands: `make run` and `make test`. Everything builds into build/.
+BUILD_DIR  ?= build
+BUILD_TYPE ?= Debug
+SANITIZE   ?= ON
+JOBS       ?= 2
+DEVICE     ?= run/device
+
+.PHONY: run test build deps configure clean
+
+run: build
+	mkdir -p $(DEVICE)/tmp
+	$(BUILD_DIR)/panelkit -c config/sim.json
+
+test: build
+	cd $(BUILD_DIR) && ctest --output-on-failure -j$(JOBS)
+
+build: configure
+	cmake --build $(BUILD_DIR) -j$(JOBS)
+
+configure: deps
+	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DPANELKIT_SANITIZE=$(SANITIZE)
+
+deps:
+	scripts/install-deps
+
+clean:
+	rm -rf $(BUILD_DIR)

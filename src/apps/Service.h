@@ -1,0 +1,17 @@
+// panelkit apps: the factory service pages (assembly serial number).
+#pragma once
+
+#include "web/Application.h"
+
+#include <string>
+
+namespace panelkit::apps {
+
+/// Factory pages below "/service", without a menu entry.
+class Service : public web::Application {
+public:
+    /// Registers the serial-number page; name is the application volume ("" for the built-in one).
+    Service(web::Service& service, const std::string& name);
+};
+
+}  // namespace panelkit::apps

@@ -1,0 +1,21 @@
+// panelkit apps: the Settings controller (general information, firmware, reboot, advanced, about).
+#pragma once
+
+#include "web/Application.h"
+
+#include <string>
+
+namespace panelkit::apps {
+
+/// The device's own settings pages below "/settings".
+class Settings : public web::Application {
+public:
+    /// Registers the routes and mapper names of the Settings pages.
+    explicit Settings(web::Service& service);
+    /// The General page (also the page of the bare configuration root).
+    void General();
+    /// The JSON-RPC endpoint the status tabs post to.
+    std::string StatusUrl() const;
+};
+
+}  // namespace panelkit::apps

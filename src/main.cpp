@@ -1,0 +1,101 @@
+// panelkit: process entry; builds the service, serves, and rebuilds it after a forced reload.
+#include "apps/JsonRpc.h"
+#include "apps/Panelkit.h"
+#include "util/DevicePath.h"
+#include "util/PluginManager.h"
+#include "util/Util.h"
+#include "web/Application.h"
+#include "web/Error.h"
+#include "web/Log.h"
+#include "web/Service.h"
+
+#include <atomic>
+#include <memory>
+#include <sstream>
+#include <syslog.h>
+#include <unistd.h>
+
+using namespace panelkit;
+
+namespace {
+
+std::atomic<bool> g_firstPass{true};
+
+void StartRequestedUpgrade()
+{
+    if (!util::IsFirmwareUpgradeFlagged())
+        return;
+    util::MarkFirmwareUpgrade(false);
+    const std::string mountDir = util::GetEnv("MOUNT_DIR");
+    util::FirmwareUpgradePid() = util::ForkFirmwareUpgrade(util::FirmwareUpgradeFile(), mountDir);
+    ::sleep(4);
+}
+
+// One pass: build the service, mount the trees, serve. True when the loop must run again.
+bool ServeOnce(int argc, char** argv)
+{
+    if (!g_firstPass.exchange(false))
+        util::PluginManager::Instance().Unload();
+    // The device root comes from the configuration, so the flag files can be found before serving.
+    auto service = std::make_unique<web::Service>(argc, argv);
+    util::SetDeviceRoot(util::EnvOrSettings("PANELKIT_DEVICE_ROOT", "panelkit.device_root", service->settings()));
+    service->uploadDirectory(util::DevicePath("/tmp"));
+
+    StartRequestedUpgrade();
+    PK_DEBUG() << "panelkit start";
+
+    std::ostringstream regex;
+    const std::string sync = service->settings().at("panelkit.root.sync").asString();
+    regex << "/" << sync << "(.*)";
+    service->applicationsPool().mount(
+        [](web::Service& s) { return std::unique_ptr<web::Application>(new apps::Panelkit(s)); },
+        web::MountPoint(regex.str(), 1));
+    service->redirectRoot("/" + sync + "/");
+
+    regex.str("");
+    regex << "/" << service->settings().at("panelkit.root.async").asString() << "(.*)";
+    auto container = std::make_shared<web::Application>(*service);
+    service->applicationsPool().mountAsync(container, web::MountPoint(regex.str(), 1));
+
+    regex.str("");
+    regex << "/" << service->settings().at("panelkit.root.rpc").asString() << "(.*)";
+    container->attach(std::make_unique<apps::JsonRpc>(*service), "rpc", "", regex.str(), 0);
+
+    util::PluginManager::Instance().AttachAsynchronousAppsHook(*container, *service);
+    service->run();
+
+    const bool reload = util::IsForceReloadFlagged();
+    if (reload) {
+        util::MarkForceReload(false);
+        PK_INFO() << "panelkit ** forced reload **";
+    }
+    container.reset();
+    service.reset();
+    return reload;
+}
+
+void LogException(const std::exception& e)
+{
+    PK_ERROR() << "Exception: " << e.what();
+    std::ostringstream trace;
+    if (const auto* traced = dynamic_cast<const web::Error*>(&e))
+        for (const auto& frame : traced->StackTrace())
+            trace << frame << "\n";
+    PK_ERROR() << trace.str() << std::endl;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    ::openlog("web", 0, LOG_DAEMON);
+    try {
+        while (ServeOnce(argc, argv)) {
+        }
+    } catch (const std::exception& e) {
+        LogException(e);
+        return 1;
+    }
+    PK_DEBUG() << "panelkit exit" << std::endl;
+    return 0;
+}

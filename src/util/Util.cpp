@@ -1,0 +1,227 @@
+// panelkit util: flag files shared with the main loop, the firmware-upgrade process, environment and file helpers.
+#include "util/Util.h"
+
+#include "util/DevicePath.h"
+#include "web/Log.h"
+#include "web/Settings.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <fstream>
+#include <regex.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace panelkit::util {
+
+namespace {
+
+const char kRebootFlag[] = "/tmp/panelkit_reboot_flag";
+const char kReloadFlag[] = "/tmp/panelkit_freload_flag";
+const char kFirmwareFlag[] = "/tmp/panelkit_fwsugd_flag";
+const char kFwtoolStatus[] = "/tmp/fwtool_status.txt";
+const char kFwtoolDone[] = "'done'";
+const char kAppInitScript[] = "/etc/init.d/rcS";
+const char kFwtoolLock[] = "/tmp/fwtool_6v1Znb.lock";
+
+// The device root may hold any character; the shell must see one word.
+std::string Quote(const std::string& text)
+{
+    std::string quoted = "'";
+    for (char c : text)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+void Run(const std::string& command)
+{
+    const int status = std::system(command.c_str());
+    (void)status;  // the flag helpers do not report failures; the next look at the file tells
+}
+
+bool Exists(const std::string& path)
+{
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0;
+}
+
+// Closes the descriptor on every path out.
+struct FdGuard {
+    int fd;
+    ~FdGuard()
+    {
+        if (fd >= 0)
+            ::close(fd);
+    }
+};
+
+// In the detached child: no terminal, no inherited descriptors, standard streams on /dev/null.
+bool Detach(const char* who)
+{
+    ::signal(SIGCHLD, SIG_DFL);
+    if (::setsid() < 0) {
+        PK_ERROR() << who << ": failed to create a session";
+        return false;
+    }
+    if (::chdir("/") != 0) {
+        PK_ERROR() << who << ": failed to change dir";
+        return false;
+    }
+    ::umask(0);
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) {
+        PK_ERROR() << who << ": failed to get rlimit";
+        return false;
+    }
+    if (limit.rlim_cur == 0) {
+        PK_ERROR() << who << ": Max number of open file descriptors is 0!!";
+        return false;
+    }
+    for (rlim_t fd = 0; fd < limit.rlim_cur && fd < 65536; ++fd)
+        if (fd != STDIN_FILENO && fd != STDOUT_FILENO && fd != STDERR_FILENO)
+            ::close(static_cast<int>(fd));
+    if (!std::freopen("/dev/null", "r", stdin) || !std::freopen("/dev/null", "w", stdout) ||
+        !std::freopen("/dev/null", "w", stderr))
+        return false;
+    return true;
+}
+
+}  // namespace
+
+void MarkRebootRequired()
+{
+    Run("touch " + Quote(DevicePath(kRebootFlag)));
+}
+
+bool IsRebootRequired()
+{
+    if (Exists(DevicePath(kRebootFlag)))
+        return true;
+    std::ifstream status(DevicePath(kFwtoolStatus));
+    std::string line;
+    return status && std::getline(status, line) && line.find(kFwtoolDone) != std::string::npos;
+}
+
+void MarkForceReload(bool on)
+{
+    Run((on ? "touch " : "rm ") + Quote(DevicePath(kReloadFlag)));
+}
+
+bool IsForceReloadFlagged()
+{
+    return Exists(DevicePath(kReloadFlag));
+}
+
+void MarkFirmwareUpgrade(bool on)
+{
+    Run((on ? "touch " : "rm -f ") + Quote(DevicePath(kFirmwareFlag)));
+}
+
+bool IsFirmwareUpgradeFlagged()
+{
+    return Exists(DevicePath(kFirmwareFlag));
+}
+
+std::string& FirmwareUpgradeFile()
+{
+    static std::string file;
+    return file;
+}
+
+int& FirmwareUpgradePid()
+{
+    static int pid = -1;
+    return pid;
+}
+
+bool IsFirmareUpgradeInProgress()
+{
+    const std::string lockPath = DevicePath(kFwtoolLock);
+    if (::access(lockPath.c_str(), F_OK) != 0)
+        return false;
+    FdGuard lock{::open(lockPath.c_str(), O_RDWR)};
+    if (lock.fd < 0)
+        return true;
+    struct flock probe {};
+    probe.l_type = F_WRLCK;
+    probe.l_whence = SEEK_SET;
+    probe.l_start = 0;
+    probe.l_len = 0;
+    probe.l_pid = ::getpid();
+    if (::fcntl(lock.fd, F_GETLK, &probe) != 0)
+        return true;
+    return probe.l_type != F_UNLCK;
+}
+
+int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir)
+{
+    ::signal(SIGCHLD, SIG_IGN);
+    const pid_t pid = ::fork();
+    if (pid != 0) {
+        if (pid < 0)
+            PK_ERROR() << "FWupgrade: failed to fork, " << std::strerror(errno);
+        return pid;
+    }
+    if (!Detach("FWupgrade"))
+        std::_Exit(1);
+    for (const auto& app : FindFiles(appsDir, FindFilesType::Directory, ".*")) {
+        const std::string script = appsDir + "/" + app + kAppInitScript;
+        if (!Exists(script))
+            continue;
+        const int result = std::system((Quote(script) + " stop").c_str());
+        PK_INFO() << "\"" << script << " stop\"" << " returned: " << result;
+    }
+    const std::string fwtool = DevicePath("/usr/bin/fwtool");
+    ::execl(fwtool.c_str(), "fwtool", "--upgrade", file.c_str(), "--delete", "--create-ubi-volume",
+            "--unmount-ubi-volume", static_cast<char*>(nullptr));
+    std::_Exit(0);
+}
+
+std::vector<std::string> FindFiles(const std::string& dir, FindFilesType type, const std::string& pattern)
+{
+    std::vector<std::string> names;
+    regex_t expression;
+    if (::regcomp(&expression, pattern.c_str(), REG_EXTENDED | REG_NOSUB) != 0) {
+        PK_ERROR() << "FindFiles: Bad regex pattern: " << pattern;
+        return names;
+    }
+    DIR* folder = ::opendir(dir.c_str());
+    if (!folder) {
+        ::regfree(&expression);
+        return names;
+    }
+    while (const dirent* entry = ::readdir(folder)) {
+        const std::string name = entry->d_name;
+        if (::regexec(&expression, name.c_str(), 0, nullptr, 0) != 0)
+            continue;
+        const bool keep = type == FindFilesType::Any || (type == FindFilesType::Regular && entry->d_type == DT_REG) ||
+                          (type == FindFilesType::Directory && entry->d_type == DT_DIR && name != "." && name != "..");
+        if (keep)
+            names.push_back(name);
+    }
+    ::closedir(folder);
+    ::regfree(&expression);
+    return names;
+}
+
+std::string GetEnv(const std::string& name)
+{
+    const char* value = std::getenv(name.c_str());
+    return value ? std::string(value) : std::string();
+}
+
+std::string EnvOrSettings(const std::string& envName, const std::string& path, const web::Settings& settings)
+{
+    const std::string env = GetEnv(envName);
+    if (!env.empty())
+        return env;
+    const Json::Value* value = settings.find(path);
+    return value && value->isString() ? value->asString() : std::string();
+}
+
+}  // namespace panelkit::util

@@ -1,0 +1,234 @@
+// panelkit web layer: the FastCGI front end (libfcgi), for running behind the device's web server.
+#include "web/FastCgiFrontend.h"
+
+#include "web/Log.h"
+#include "web/Request.h"
+#include "web/RequestParser.h"
+#include "web/Response.h"
+#include "web/Service.h"
+
+#include <fcgiapp.h>
+
+#include <Poco/String.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <poll.h>
+#include <unistd.h>
+
+namespace panelkit::web {
+
+namespace {
+
+std::once_flag g_fcgiInit;
+
+std::string Param(const FCGX_Request& request, const char* name)
+{
+    const char* value = FCGX_GetParam(name, request.envp);
+    return value ? std::string(value) : std::string();
+}
+
+// "HTTP_USER_AGENT" → "User-Agent".
+std::string HeaderName(const char* variable, std::size_t length)
+{
+    std::string name;
+    bool upper = true;
+    for (std::size_t i = 0; i < length; ++i) {
+        const char c = variable[i];
+        if (c == '_') {
+            name.push_back('-');
+            upper = true;
+            continue;
+        }
+        name.push_back(upper ? c : static_cast<char>(Poco::Ascii::toLower(c)));
+        upper = false;
+    }
+    return name;
+}
+
+void CopyHeaders(const FCGX_Request& in, Request& request)
+{
+    for (char** entry = in.envp; *entry; ++entry) {
+        const char* eq = std::strchr(*entry, '=');
+        if (!eq)
+            continue;
+        const std::size_t length = static_cast<std::size_t>(eq - *entry);
+        if (length > 5 && std::strncmp(*entry, "HTTP_", 5) == 0)
+            request.mutableHeaders().add(HeaderName(*entry + 5, length - 5), eq + 1);
+        else if (length == 12 && std::strncmp(*entry, "CONTENT_TYPE", 12) == 0)
+            request.mutableHeaders().add("Content-Type", eq + 1);
+        else if (length == 14 && std::strncmp(*entry, "CONTENT_LENGTH", 14) == 0)
+            request.mutableHeaders().add("Content-Length", eq + 1);
+    }
+}
+
+// Reads the request body straight from the FastCGI stream.
+class InputBuffer : public std::streambuf {
+public:
+    explicit InputBuffer(FCGX_Stream* in) : in_(in) {}
+
+protected:
+    int_type underflow() override
+    {
+        const int got = FCGX_GetStr(buffer_, sizeof buffer_, in_);
+        if (got <= 0)
+            return traits_type::eof();
+        setg(buffer_, buffer_, buffer_ + got);
+        return traits_type::to_int_type(buffer_[0]);
+    }
+
+private:
+    FCGX_Stream* in_;
+    char buffer_[8192];
+};
+
+void Put(FCGX_Stream* out, const std::string& text)
+{
+    FCGX_PutStr(text.data(), static_cast<int>(text.size()), out);
+}
+
+void Send(const Response& reply, FCGX_Stream* out)
+{
+    std::ifstream file;
+    std::string head = "Status: " + std::to_string(reply.status()) + " " + Response::Reason(reply.status()) + "\r\n";
+    if (!reply.file().empty()) {
+        file.open(reply.file(), std::ios::binary);
+        if (!file) {
+            Put(out, "Status: 404 Not Found\r\nContent-Type: text/plain; charset=utf-8\r\n\r\n404 Not Found\n");
+            return;
+        }
+    }
+    head += "Content-Type: " + reply.contentType() + "\r\n";
+    for (const auto& header : reply.headers())
+        head += header.first + ": " + header.second + "\r\n";
+    if (reply.file().empty())
+        head += "Content-Length: " + std::to_string(reply.body().size()) + "\r\n";
+    head += "\r\n";
+    Put(out, head);
+    if (reply.file().empty()) {
+        Put(out, reply.body());
+        return;
+    }
+    char chunk[64 * 1024];
+    while (file.read(chunk, sizeof chunk), file.gcount() > 0)
+        FCGX_PutStr(chunk, static_cast<int>(file.gcount()), out);
+}
+
+void Serve(Service& service, FCGX_Request& in)
+{
+    Request request;
+    Response reply;
+    request.setHead(Param(in, "REQUEST_METHOD"), Param(in, "SCRIPT_NAME") + Param(in, "PATH_INFO"),
+                    Param(in, "QUERY_STRING"), Param(in, "REMOTE_ADDR"));
+    CopyHeaders(in, request);
+    const std::string lengthText = Param(in, "CONTENT_LENGTH");
+    std::int64_t length = -1;
+    if (!lengthText.empty()) {
+        char* end = nullptr;
+        length = std::strtoll(lengthText.c_str(), &end, 10);
+        if (*end != '\0' || length < 0)
+            length = -1;
+    }
+    InputBuffer buffer(in.in);
+    std::istream body(&buffer);
+    std::string problem;
+    const int status = RequestParser::Parse(request, body, length, service.limits(), problem);
+    if (status != 0) {
+        PK_INFO() << "Refused " << request.method() << " " << request.path() << ": " << problem;
+        reply.errorPage(status, problem);
+    } else {
+        service.handle(request, reply);
+    }
+    Send(reply, in.out);
+}
+
+}  // namespace
+
+FastCgiFrontend::FastCgiFrontend(Service& service) : service_(service)
+{
+}
+
+FastCgiFrontend::~FastCgiFrontend()
+{
+    stop();
+}
+
+void FastCgiFrontend::start()
+{
+    std::call_once(g_fcgiInit, [] { FCGX_Init(); });
+    const Settings& settings = service_.settings();
+    socketPath_ = settings.get("service.socket", "");
+    std::string address = socketPath_;
+    if (address.empty())
+        address = settings.get("service.ip", "127.0.0.1") + ":" + std::to_string(settings.get("service.port", 8080));
+    else
+        ::unlink(socketPath_.c_str());  // left over from a previous pass or run
+
+    listenFd_ = FCGX_OpenSocket(address.c_str(), 64);
+    if (listenFd_ < 0)
+        throw Error("FastCGI: cannot listen on " + address);
+    // Non-blocking, so that a connection another worker took first cannot leave a worker stuck in accept.
+    ::fcntl(listenFd_, F_SETFL, ::fcntl(listenFd_, F_GETFL) | O_NONBLOCK);
+    if (::pipe(wakeFds_) != 0)
+        throw Error(std::string("FastCGI: pipe: ") + std::strerror(errno));
+
+    for (int i = 0; i < service_.workerThreads(); ++i)
+        workers_.emplace_back([this] { work(); });
+    PK_INFO() << "Serving FastCGI on " << address;
+}
+
+void FastCgiFrontend::stop()
+{
+    if (listenFd_ < 0)
+        return;
+    // One byte wakes every worker: none reads it.
+    const char wake = 1;
+    if (::write(wakeFds_[1], &wake, 1) != 1)
+        PK_ERROR() << "FastCGI: cannot wake the workers: " << std::strerror(errno);
+    for (auto& worker : workers_)
+        worker.join();
+    workers_.clear();
+    ::close(listenFd_);
+    ::close(wakeFds_[0]);
+    ::close(wakeFds_[1]);
+    listenFd_ = -1;
+    wakeFds_[0] = wakeFds_[1] = -1;
+    if (!socketPath_.empty())
+        ::unlink(socketPath_.c_str());
+}
+
+bool FastCgiFrontend::waitForConnection()
+{
+    pollfd fds[2] = {{listenFd_, POLLIN, 0}, {wakeFds_[0], POLLIN, 0}};
+    for (;;) {
+        const int ready = ::poll(fds, 2, -1);
+        if (ready < 0 && errno == EINTR)
+            continue;
+        if (ready < 0 || (fds[1].revents & POLLIN))
+            return false;
+        if (fds[0].revents & POLLIN)
+            return true;
+    }
+}
+
+void FastCgiFrontend::work()
+{
+    FCGX_Request request;
+    FCGX_InitRequest(&request, listenFd_, 0);
+    for (;;) {
+        {
+            std::lock_guard<std::mutex> lock(acceptLock_);
+            if (!waitForConnection())
+                break;
+            if (FCGX_Accept_r(&request) < 0)
+                continue;
+        }
+        Serve(service_, request);
+        FCGX_Finish_r(&request);
+    }
+    FCGX_Free(&request, 1);
+}
+
+}  // namespace panelkit::web

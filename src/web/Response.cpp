@@ -1,0 +1,75 @@
+// panelkit web layer: the reply a page builds, written out by whichever front end received the request.
+#include "web/Response.h"
+
+#include "web/Html.h"
+
+#include <Poco/Net/HTTPResponse.h>
+
+namespace panelkit::web {
+
+Response::BodyBuffer::int_type Response::BodyBuffer::overflow(int_type ch)
+{
+    if (!traits_type::eq_int_type(ch, traits_type::eof()))
+        target_.push_back(traits_type::to_char_type(ch));
+    return traits_type::not_eof(ch);
+}
+
+std::streamsize Response::BodyBuffer::xsputn(const char* s, std::streamsize n)
+{
+    target_.append(s, static_cast<std::size_t>(n));
+    return n;
+}
+
+Response::Response() : buffer_(body_), out_(&buffer_)
+{
+}
+
+const char* Response::Reason(int code)
+{
+    return Poco::Net::HTTPResponse::getReasonForStatus(static_cast<Poco::Net::HTTPResponse::HTTPStatus>(code)).c_str();
+}
+
+void Response::setHeader(const std::string& name, const std::string& value)
+{
+    headers_.emplace_back(name, value);
+}
+
+void Response::reset()
+{
+    status_ = 200;
+    contentType_ = "text/html; charset=utf-8";
+    headers_.clear();
+    body_.clear();
+    out_.clear();
+    file_.clear();
+}
+
+void Response::errorPage(int code, const std::string& message)
+{
+    reset();
+    status_ = code;
+    const std::string title = std::to_string(code) + " " + Reason(code);
+    out_ << "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>" << title << "</title></head><body><h1>"
+         << title << "</h1><p>" << Html::Escape(message) << "</p></body></html>\n";
+}
+
+void Response::redirect(const std::string& location, int code)
+{
+    status_ = code;
+    setHeader("Location", location);
+}
+
+void Response::sendFile(const std::string& path, const std::string& downloadName, const std::string& type)
+{
+    file_ = path;
+    contentType_ = type;
+    if (downloadName.empty())
+        return;
+    std::string safe;
+    for (char c : downloadName)
+        if (c != '"' && c != '\\' && static_cast<unsigned char>(c) >= 0x20)
+            safe.push_back(c);
+    setHeader("Content-Disposition", "attachment; filename=\"" + safe + "\"");
+}
+
+}  // namespace panelkit::web

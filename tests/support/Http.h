@@ -1,0 +1,27 @@
+// panelkit tests: a small HTTP client for talking to the server under test.
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace panelkit::test {
+
+/// What the server answered.
+struct HttpReply {
+    int status = 0;
+    std::string body;
+    std::map<std::string, std::string> headers;
+    /// A header's value, "" when absent (names as the server sent them).
+    std::string header(const std::string& name) const;
+};
+
+/// Sends one request to the loopback port and reads the whole reply.
+HttpReply Http(int port, const std::string& method, const std::string& path, const std::string& body = "",
+               const std::string& contentType = "", const std::map<std::string, std::string>& headers = {});
+/// A GET request.
+HttpReply Get(int port, const std::string& path);
+/// A JSON-RPC call of a method with parameters given as JSON text ("[]").
+HttpReply Rpc(int port, const std::string& path, const std::string& method, const std::string& params = "[]",
+              const std::string& id = "1");
+
+}  // namespace panelkit::test

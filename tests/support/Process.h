@@ -1,0 +1,45 @@
+// panelkit tests: child processes (panelkit itself, lighttpd) with their output captured in a file.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace panelkit::test {
+
+/// A program started with an argument vector, its standard output and error sent to a log file.
+class Process {
+public:
+    /// Starts the program; extraEnv is added to this process's environment.
+    Process(const std::vector<std::string>& argv, const std::string& logFile,
+            const std::map<std::string, std::string>& extraEnv = {});
+    /// Kills the process if it still runs.
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    /// The process id.
+    int pid() const { return pid_; }
+    /// True while the process has not exited.
+    bool running();
+    /// Sends a signal and waits up to timeoutMs for the exit; the exit status, or -1 on time-out, 128+n when killed.
+    int stop(int signal, int timeoutMs = 15000);
+    /// Waits up to timeoutMs for the process to end by itself; the exit status or -1.
+    int wait(int timeoutMs);
+
+private:
+    int pid_ = -1;
+    int status_ = -1;
+    bool exited_ = false;
+};
+
+/// A loopback TCP port nobody listens on right now.
+int FreePort();
+/// Waits until a TCP connection to the loopback port succeeds; false after timeoutMs.
+bool WaitForPort(int port, int timeoutMs, Process* process = nullptr);
+/// Reads a whole file, "" when missing.
+std::string ReadFile(const std::string& path);
+/// Waits until the file contains the text; false after timeoutMs.
+bool WaitForText(const std::string& path, const std::string& text, int timeoutMs);
+
+}  // namespace panelkit::test

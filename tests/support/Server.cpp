@@ -1,0 +1,74 @@
+// panelkit tests: the real panelkit binary started against a temporary device root.
+#include "Server.h"
+
+#include <Poco/File.h>
+#include <Poco/Net/SocketAddress.h>
+#include <Poco/Net/StreamSocket.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+namespace panelkit::test {
+
+Server::Server(const std::string& api) : port_(FreePort())
+{
+    Poco::File(work_ / "device/tmp").createDirectories();
+    config_["service"]["api"] = api;
+    config_["service"]["ip"] = "127.0.0.1";
+    config_["service"]["port"] = port_;
+    config_["service"]["worker_threads"] = 4;
+    if (api == "fastcgi")
+        config_["service"]["socket"] = socket();
+    config_["panelkit"]["root"]["sync"] = "config";
+    config_["panelkit"]["root"]["async"] = "async";
+    config_["panelkit"]["root"]["rpc"] = "rpc";
+    config_["panelkit"]["device_root"] = work_ / "device";
+    config_["logging"]["level"] = "debug";
+    config_["logging"]["stderr"] = true;
+}
+
+Server::~Server()
+{
+    if (process_)
+        process_->stop(SIGTERM);
+}
+
+bool Server::start(bool ready)
+{
+    Json::StreamWriterBuilder writer;
+    std::ofstream(work_ / "panelkit.json") << Json::writeString(writer, config_);
+    process_ = std::make_unique<Process>(
+        std::vector<std::string>{PANELKIT_BINARY, "-c", work_ / "panelkit.json"}, logPath(), env_);
+    return !ready || waitReady();
+}
+
+bool Server::waitReady(int timeoutMs)
+{
+    if (config_["service"]["api"].asString() == "http")
+        return WaitForPort(port_, timeoutMs, process_.get());
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (std::chrono::steady_clock::now() < deadline && process_->running()) {
+        try {
+            Poco::Net::StreamSocket probe;
+            probe.connect(Poco::Net::SocketAddress(Poco::Net::SocketAddress::UNIX_LOCAL, socket()));
+            return true;
+        } catch (...) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+    }
+    return false;
+}
+
+void Server::writeDeviceFile(const std::string& path, const std::string& content, bool executable) const
+{
+    work_.write("device" + path, content, executable);
+}
+
+std::string Server::log() const
+{
+    return ReadFile(logPath());
+}
+
+}  // namespace panelkit::test
