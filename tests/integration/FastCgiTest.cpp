@@ -1,0 +1,88 @@
+// The same pages through lighttpd and FastCGI as through the internal server, byte for byte.
+#include "Http.h"
+#include "Lighttpd.h"
+#include "Server.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+using namespace panelkit::test;
+
+namespace {
+
+class BehindLighttpd : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(fastcgi_.start()) << fastcgi_.log();
+        ASSERT_TRUE(http_.start()) << http_.log();
+        lighttpd_ = std::make_unique<Lighttpd>(fastcgi_.socket(), std::vector<std::string>{"/config", "/async"});
+    }
+
+    Server fastcgi_{"fastcgi"};
+    Server http_{"http"};
+    std::unique_ptr<Lighttpd> lighttpd_;
+};
+
+}  // namespace
+
+TEST_F(BehindLighttpd, PagesAreIdenticalThroughBothFrontEnds)
+{
+    for (const std::string path : {"/config/", "/config/network/ethernet1", "/config/settings/a/b/c",
+                                   "/config/network/ethernet1/extra", "/config/settings/about/pkg-1.0/COPYING",
+                                   "/config/settings/about/-pkg/COPYING", "/config/service/assemblysn"}) {
+        const HttpReply direct = Get(http_.port(), path);
+        const HttpReply proxied = Get(lighttpd_->port(), path);
+        EXPECT_EQ(direct.status, proxied.status) << path;
+        EXPECT_EQ(direct.body, proxied.body) << path;
+        EXPECT_EQ(direct.header("Content-Type"), proxied.header("Content-Type")) << path;
+    }
+}
+
+TEST_F(BehindLighttpd, FormValuesAndQueriesArriveThroughFastCgi)
+{
+    const HttpReply reply = Http(lighttpd_->port(), "POST", "/config/network/ethernet1?tab=status", "a=1&b=%20x",
+                                 "application/x-www-form-urlencoded");
+    EXPECT_EQ(200, reply.status);
+    EXPECT_NE(std::string::npos, reply.body.find("<h1>Ethernet 1</h1>"));
+}
+
+TEST_F(BehindLighttpd, JsonRpcReloadRebuildsTheServiceBehindLighttpd)
+{
+    const int pid = fastcgi_.process().pid();
+    const HttpReply reply = Rpc(lighttpd_->port(), "/async/rpc", "reload");
+    EXPECT_EQ(200, reply.status) << reply.body;
+    ASSERT_TRUE(WaitForText(fastcgi_.logPath(), "panelkit ** forced reload **", 10000)) << fastcgi_.log();
+    ASSERT_TRUE(fastcgi_.waitReady()) << fastcgi_.log();
+    EXPECT_EQ(pid, fastcgi_.process().pid());
+    EXPECT_EQ(200, Get(lighttpd_->port(), "/config/").status);
+}
+
+TEST_F(BehindLighttpd, WrongRpcParameterCountIsRefusedThroughFastCgi)
+{
+    const HttpReply reply = Rpc(lighttpd_->port(), "/async/rpc", "reload", R"(["now"])");
+    EXPECT_EQ(R"({"error":"Invalid parametres number","id":1,"result":null})", reply.body);
+}
+
+TEST_F(BehindLighttpd, OversizedBodyIsRefusedThroughFastCgi)
+{
+    const HttpReply reply = Http(lighttpd_->port(), "POST", "/config/network/ethernet1",
+                                 "a=" + std::string(2 * 1024 * 1024, 'x'), "application/x-www-form-urlencoded");
+    EXPECT_EQ(413, reply.status);
+    EXPECT_EQ(200, Get(lighttpd_->port(), "/config/").status);
+}
+
+TEST_F(BehindLighttpd, MalformedMultipartIsABadRequestThroughFastCgi)
+{
+    const HttpReply reply = Http(lighttpd_->port(), "POST", "/config/settings/firmware", "garbage",
+                                 "multipart/form-data; boundary=b0undary");
+    EXPECT_EQ(400, reply.status);
+    EXPECT_EQ(200, Get(lighttpd_->port(), "/config/").status);
+}
+
+TEST_F(BehindLighttpd, FastCgiShutdownExitsWithStatusZero)
+{
+    EXPECT_EQ(0, fastcgi_.process().stop(SIGTERM));
+    EXPECT_NE(std::string::npos, fastcgi_.log().find("panelkit exit"));
+}
