@@ -225,7 +225,12 @@ void FastCgiFrontend::work()
             if (FCGX_Accept_r(&request) < 0)
                 continue;
         }
-        Serve(service_, request);
+        try {
+            Serve(service_, request);
+        } catch (const std::exception& e) {
+            // Only a broken connection gets here; the service itself answers page failures.
+            PK_ERROR() << "FastCGI: request failed: " << e.what();
+        }
         FCGX_Finish_r(&request);
     }
     FCGX_Free(&request, 1);
