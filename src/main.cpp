@@ -10,6 +10,7 @@
 #include "web/Service.h"
 
 #include <atomic>
+#include <fstream>
 #include <memory>
 #include <sstream>
 #include <syslog.h>
@@ -31,6 +32,12 @@ void StartRequestedUpgrade()
     ::sleep(4);
 }
 
+// The device's reboot finds the web service here to restart it.
+void WritePidFile()
+{
+    std::ofstream(util::DevicePath("/var/run/panelkit.pid")) << ::getpid() << "\n";
+}
+
 // One pass: build the service, mount the trees, serve. True when the loop must run again.
 bool ServeOnce(int argc, char** argv)
 {
@@ -40,6 +47,7 @@ bool ServeOnce(int argc, char** argv)
     auto service = std::make_unique<web::Service>(argc, argv);
     util::SetDeviceRoot(util::EnvOrSettings("PANELKIT_DEVICE_ROOT", "panelkit.device_root", service->settings()));
     service->uploadDirectory(util::DevicePath("/tmp"));
+    WritePidFile();
 
     StartRequestedUpgrade();
     PK_DEBUG() << "panelkit start";

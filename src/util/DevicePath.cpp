@@ -28,6 +28,23 @@ std::string& Root()
     return root;
 }
 
+// The device's program folders come first on PATH, so that its programs are found before the host's.
+void PutProgramsFirst(const std::string& root)
+{
+    static const std::string hostPath = [] {
+        const char* path = std::getenv("PATH");
+        return std::string(path ? path : "/usr/bin:/bin");
+    }();
+    if (root.empty()) {
+        ::setenv("PATH", hostPath.c_str(), 1);
+        return;
+    }
+    std::string path;
+    for (const char* folder : {"/usr/sbin", "/usr/bin", "/sbin", "/bin"})
+        path += root + folder + ":";
+    ::setenv("PATH", (path + hostPath).c_str(), 1);
+}
+
 }  // namespace
 
 void SetDeviceRoot(const std::string& root)
@@ -36,6 +53,9 @@ void SetDeviceRoot(const std::string& root)
     while (absolute.size() > 1 && absolute.back() == '/')
         absolute.pop_back();
     Root() = absolute;
+    // Child programs and the platform libraries find the device through the environment.
+    ::setenv("PANELKIT_DEVICE_ROOT", absolute.c_str(), 1);
+    PutProgramsFirst(absolute);
 }
 
 const std::string& DeviceRoot()

@@ -6,6 +6,7 @@
 namespace panelkit::util {
 
 /// Sets the device root ("" on the device itself); a relative root is made absolute now.
+/// Also exported as PANELKIT_DEVICE_ROOT, and the root's program folders go first on PATH.
 void SetDeviceRoot(const std::string& root);
 /// The device root; until SetDeviceRoot is called, the environment's PANELKIT_DEVICE_ROOT.
 const std::string& DeviceRoot();

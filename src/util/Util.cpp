@@ -5,6 +5,8 @@
 #include "web/Log.h"
 #include "web/Settings.h"
 
+#include <qor_util/GlobalLock.h>
+
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -44,38 +46,13 @@ void Run(const std::string& command)
     (void)status;  // the flag helpers do not report failures; the next look at the file tells
 }
 
-bool Exists(const std::string& path)
+// In a detached child: every inherited descriptor but the standard streams is closed.
+// limitFailure is logged after `who` when the limit cannot be read, with the cause when withCause.
+bool CloseInheritedDescriptors(const char* who, const char* limitFailure, bool withCause)
 {
-    struct stat info {};
-    return ::stat(path.c_str(), &info) == 0;
-}
-
-// Closes the descriptor on every path out.
-struct FdGuard {
-    int fd;
-    ~FdGuard()
-    {
-        if (fd >= 0)
-            ::close(fd);
-    }
-};
-
-// In the detached child: no terminal, no inherited descriptors, standard streams on /dev/null.
-bool Detach(const char* who)
-{
-    ::signal(SIGCHLD, SIG_DFL);
-    if (::setsid() < 0) {
-        PK_ERROR() << who << ": failed to create a session";
-        return false;
-    }
-    if (::chdir("/") != 0) {
-        PK_ERROR() << who << ": failed to change dir";
-        return false;
-    }
-    ::umask(0);
     rlimit limit{};
     if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) {
-        PK_ERROR() << who << ": failed to get rlimit";
+        PK_ERROR() << who << limitFailure << (withCause ? std::strerror(errno) : "");
         return false;
     }
     if (limit.rlim_cur == 0) {
@@ -85,10 +62,13 @@ bool Detach(const char* who)
     for (rlim_t fd = 0; fd < limit.rlim_cur && fd < 65536; ++fd)
         if (fd != STDIN_FILENO && fd != STDOUT_FILENO && fd != STDERR_FILENO)
             ::close(static_cast<int>(fd));
-    if (!std::freopen("/dev/null", "r", stdin) || !std::freopen("/dev/null", "w", stdout) ||
-        !std::freopen("/dev/null", "w", stderr))
-        return false;
     return true;
+}
+
+bool QuietStandardStreams()
+{
+    return std::freopen("/dev/null", "r", stdin) && std::freopen("/dev/null", "w", stdout) &&
+           std::freopen("/dev/null", "w", stderr);
 }
 
 }  // namespace
@@ -100,7 +80,7 @@ void MarkRebootRequired()
 
 bool IsRebootRequired()
 {
-    if (Exists(DevicePath(kRebootFlag)))
+    if (FileExists(DevicePath(kRebootFlag)))
         return true;
     std::ifstream status(DevicePath(kFwtoolStatus));
     std::string line;
@@ -114,7 +94,7 @@ void MarkForceReload(bool on)
 
 bool IsForceReloadFlagged()
 {
-    return Exists(DevicePath(kReloadFlag));
+    return FileExists(DevicePath(kReloadFlag));
 }
 
 void MarkFirmwareUpgrade(bool on)
@@ -124,7 +104,7 @@ void MarkFirmwareUpgrade(bool on)
 
 bool IsFirmwareUpgradeFlagged()
 {
-    return Exists(DevicePath(kFirmwareFlag));
+    return FileExists(DevicePath(kFirmwareFlag));
 }
 
 std::string& FirmwareUpgradeFile()
@@ -144,8 +124,9 @@ bool IsFirmareUpgradeInProgress()
     const std::string lockPath = DevicePath(kFwtoolLock);
     if (::access(lockPath.c_str(), F_OK) != 0)
         return false;
-    FdGuard lock{::open(lockPath.c_str(), O_RDWR)};
-    if (lock.fd < 0)
+    qor_util::GlobalLock lock(lockPath);
+    lock.reset(::open(lockPath.c_str(), O_RDWR));
+    if (lock.fd() < 0)
         return true;
     struct flock probe {};
     probe.l_type = F_WRLCK;
@@ -153,9 +134,29 @@ bool IsFirmareUpgradeInProgress()
     probe.l_start = 0;
     probe.l_len = 0;
     probe.l_pid = ::getpid();
-    if (::fcntl(lock.fd, F_GETLK, &probe) != 0)
+    if (::fcntl(lock.fd(), F_GETLK, &probe) != 0)
         return true;
     return probe.l_type != F_UNLCK;
+}
+
+void ForkReboot()
+{
+    ::signal(SIGCHLD, SIG_IGN);
+    const pid_t pid = ::fork();
+    if (pid > 0) {
+        PK_INFO() << "Forked a reboot";
+        return;
+    }
+    if (pid < 0) {
+        PK_ERROR() << "ForkReboot failed";
+        return;
+    }
+    ::signal(SIGCHLD, SIG_DFL);
+    ::setsid();
+    if (!CloseInheritedDescriptors("ForkReboot", ": getrlimit ", true) || !QuietStandardStreams())
+        std::_Exit(1);
+    const std::string reboot = DevicePath("/sbin/reboot");
+    std::_Exit(::execl(reboot.c_str(), "reboot", "-d", "5", static_cast<char*>(nullptr)));
 }
 
 int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir)
@@ -167,11 +168,21 @@ int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir)
             PK_ERROR() << "FWupgrade: failed to fork, " << std::strerror(errno);
         return pid;
     }
-    if (!Detach("FWupgrade"))
+    ::signal(SIGCHLD, SIG_DFL);
+    if (::setsid() < 0) {
+        PK_ERROR() << "FWupgrade: failed to create a session";
+        std::_Exit(1);
+    }
+    if (::chdir("/") != 0) {
+        PK_ERROR() << "FWupgrade: failed to change dir";
+        std::_Exit(1);
+    }
+    ::umask(0);
+    if (!CloseInheritedDescriptors("FWupgrade", ": failed to get rlimit", false) || !QuietStandardStreams())
         std::_Exit(1);
     for (const auto& app : FindFiles(appsDir, FindFilesType::Directory, ".*")) {
         const std::string script = appsDir + "/" + app + kAppInitScript;
-        if (!Exists(script))
+        if (!FileExists(script))
             continue;
         const int result = std::system((Quote(script) + " stop").c_str());
         PK_INFO() << "\"" << script << " stop\"" << " returned: " << result;

@@ -1,0 +1,84 @@
+// Parameter-store client library, simulated: the device's key/value store kept in an SQLite
+// database under the device root, shared safely by every process of that device.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+struct sqlite3;
+
+/// Who opens the store (the web application is 3).
+enum PARDB_CLIENT_ID_T { PARDB_CLIENT_ID_DEFAULT = 0, PARDB_CLIENT_ID_WEB = 3 };
+
+/// The type of a stored value: 0 int, 1 float, 2 string; 3 is what callers preset before a look-up.
+enum PARDB_PAR_T { PARDB_PAR_INT = 0, PARDB_PAR_FLOAT = 1, PARDB_PAR_STRING = 2, PARDB_PAR_UNKNOWN = 3 };
+
+/// Longest value copied by getPar(key, char*), terminator included.
+constexpr std::size_t PARDB_MAX_VALUE = 256;
+/// Size of the name buffer getNext fills, terminator included.
+constexpr std::size_t PARDB_MAX_NAME = 128;
+
+/// One connection to the device's store. Every call returns 0 on success. Keys are
+/// slash-separated paths; leading slashes are dropped ("/net/a" and "net/a" are one key).
+/// The store lives at $PANELKIT_DEVICE_ROOT/var/lib/pardb/store.db; it is created on first
+/// use when its folder exists (an initialised device) and never otherwise.
+class cPardbLib {
+public:
+    /// Opens the store of the current device root for the client.
+    explicit cPardbLib(PARDB_CLIENT_ID_T client);
+    ~cPardbLib();
+    cPardbLib(const cPardbLib&) = delete;
+    cPardbLib& operator=(const cPardbLib&) = delete;
+
+    /// Reads an int; a string value converts when it is a whole number.
+    int getPar(const char* key, int* value);
+    /// Reads a float; a string value converts when it is a number.
+    int getPar(const char* key, float* value);
+    /// Reads a value as text into a buffer of PARDB_MAX_VALUE bytes (longer values are cut).
+    int getPar(const char* key, char* value);
+    /// Reads a value as text.
+    int getPar(const char* key, std::string& value);
+    /// Reads a value as text with its type.
+    int getPar(const char* key, std::string& value, PARDB_PAR_T* type);
+    /// Stores an int.
+    int setPar(const char* key, int value);
+    /// Stores a float.
+    int setPar(const char* key, float value);
+    /// Stores a string.
+    int setPar(const char* key, const char* value);
+    /// Stores a string.
+    int setPar(const char* key, const std::string& value);
+    /// Deletes the key and every key below it; fails when nothing was there.
+    int delPar(const char* key);
+    /// Stores a file's content and permission with the key (the value is the file's path).
+    int addFile(const char* key, const char* path, unsigned mode);
+    /// Starts listing the full names of every key below the prefix ("" lists all), byte-wise sorted.
+    int getList(const char* prefix, int flags);
+    /// Copies the next listed name into a PARDB_MAX_NAME buffer; non-zero at the end.
+    int getNext(char* name, int flags);
+    /// Forgets cached reads. Nothing is cached: every read asks the database, so values
+    /// written by other processes are always seen.
+    void FlushReadCache();
+
+    /// The client this instance was opened for.
+    PARDB_CLIENT_ID_T client() const { return client_; }
+    /// The path of the database file this instance uses.
+    const std::string& path() const { return path_; }
+    /// The last error of this instance, "" when the last call succeeded.
+    const std::string& lastError() const { return error_; }
+
+private:
+    bool open();
+    int fail(const std::string& message);
+    int read(const std::string& key, std::string& value, PARDB_PAR_T& type);
+    int write(const std::string& key, PARDB_PAR_T type, const std::string& value);
+
+    PARDB_CLIENT_ID_T client_;
+    std::string path_;
+    std::string error_;
+    sqlite3* db_ = nullptr;
+    bool reported_ = false;
+    std::vector<std::string> listing_;
+    std::size_t next_ = 0;
+};

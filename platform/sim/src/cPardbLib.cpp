@@ -1,0 +1,312 @@
+// Parameter-store client library, simulated: the device's key/value store kept in an SQLite
+// database under the device root, shared safely by every process of that device.
+#include "pardb/cPardbLib.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr int kFailure = -1;
+
+std::string Normalise(const char* key)
+{
+    std::string name = key ? key : "";
+    const auto first = name.find_first_not_of('/');
+    return first == std::string::npos ? std::string() : name.substr(first);
+}
+
+std::string StorePath()
+{
+    const char* root = std::getenv("PANELKIT_DEVICE_ROOT");
+    return std::string(root ? root : "") + "/var/lib/pardb/store.db";
+}
+
+bool FolderExists(const std::string& file)
+{
+    const auto slash = file.rfind('/');
+    struct stat info {};
+    return slash != std::string::npos && ::stat(file.substr(0, slash).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+// A prepared statement finalised on every path.
+class Statement {
+public:
+    Statement(sqlite3* db, const char* sql) { sqlite3_prepare_v2(db, sql, -1, &statement_, nullptr); }
+    ~Statement() { sqlite3_finalize(statement_); }
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+    explicit operator bool() const { return statement_ != nullptr; }
+    sqlite3_stmt* get() { return statement_; }
+    void bind(int index, const std::string& text)
+    {
+        sqlite3_bind_text(statement_, index, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+    }
+    std::string text(int column)
+    {
+        const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+        return data ? std::string(data, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)))
+                    : std::string();
+    }
+
+private:
+    sqlite3_stmt* statement_ = nullptr;
+};
+
+}  // namespace
+
+cPardbLib::cPardbLib(PARDB_CLIENT_ID_T client) : client_(client), path_(StorePath())
+{
+}
+
+cPardbLib::~cPardbLib()
+{
+    sqlite3_close_v2(db_);
+}
+
+int cPardbLib::fail(const std::string& message)
+{
+    error_ = message;
+    return kFailure;
+}
+
+bool cPardbLib::open()
+{
+    if (db_)
+        return true;
+    if (!FolderExists(path_)) {
+        error_ = "no parameter store at " + path_ + " (the device root is not initialised)";
+        if (!reported_)
+            std::fprintf(stderr, "pardb: %s\n", error_.c_str());
+        reported_ = true;
+        return false;
+    }
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX;
+    char* message = nullptr;
+    if (sqlite3_open_v2(path_.c_str(), &db_, flags, nullptr) != SQLITE_OK ||
+        sqlite3_busy_timeout(db_, 5000) != SQLITE_OK ||
+        sqlite3_exec(db_,
+                     "PRAGMA journal_mode=WAL;"
+                     "CREATE TABLE IF NOT EXISTS params (key TEXT PRIMARY KEY, type INTEGER NOT NULL,"
+                     " value TEXT NOT NULL, content BLOB, mode INTEGER)",
+                     nullptr, nullptr, &message) != SQLITE_OK) {
+        error_ = "cannot open the parameter store " + path_ + ": " + (message ? message : sqlite3_errmsg(db_));
+        sqlite3_free(message);
+        if (!reported_)
+            std::fprintf(stderr, "pardb: %s\n", error_.c_str());
+        reported_ = true;
+        sqlite3_close_v2(db_);
+        db_ = nullptr;
+        return false;
+    }
+    return true;
+}
+
+int cPardbLib::read(const std::string& key, std::string& value, PARDB_PAR_T& type)
+{
+    if (!open())
+        return kFailure;
+    Statement select(db_, "SELECT type, value FROM params WHERE key = ?1");
+    if (!select)
+        return fail(sqlite3_errmsg(db_));
+    select.bind(1, key);
+    const int step = sqlite3_step(select.get());
+    if (step == SQLITE_DONE)
+        return fail("no parameter " + key);
+    if (step != SQLITE_ROW)
+        return fail(sqlite3_errmsg(db_));
+    type = static_cast<PARDB_PAR_T>(sqlite3_column_int(select.get(), 0));
+    value = select.text(1);
+    error_.clear();
+    return 0;
+}
+
+int cPardbLib::write(const std::string& key, PARDB_PAR_T type, const std::string& value)
+{
+    if (key.empty())
+        return fail("an empty key cannot be stored");
+    if (!open())
+        return kFailure;
+    Statement upsert(db_, "INSERT INTO params (key, type, value) VALUES (?1, ?2, ?3) "
+                          "ON CONFLICT(key) DO UPDATE SET type = excluded.type, value = excluded.value,"
+                          " content = NULL, mode = NULL");
+    if (!upsert)
+        return fail(sqlite3_errmsg(db_));
+    upsert.bind(1, key);
+    sqlite3_bind_int(upsert.get(), 2, type);
+    upsert.bind(3, value);
+    if (sqlite3_step(upsert.get()) != SQLITE_DONE)
+        return fail(sqlite3_errmsg(db_));
+    error_.clear();
+    return 0;
+}
+
+int cPardbLib::getPar(const char* key, int* value)
+{
+    std::string text;
+    PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
+    if (read(Normalise(key), text, type) != 0)
+        return kFailure;
+    errno = 0;
+    char* end = nullptr;
+    const long number = std::strtol(text.c_str(), &end, 10);
+    if (text.empty() || *end != '\0' || errno == ERANGE || number < INT32_MIN || number > INT32_MAX)
+        return fail("parameter " + Normalise(key) + " is not a whole number: " + text);
+    *value = static_cast<int>(number);
+    return 0;
+}
+
+int cPardbLib::getPar(const char* key, float* value)
+{
+    std::string text;
+    PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
+    if (read(Normalise(key), text, type) != 0)
+        return kFailure;
+    char* end = nullptr;
+    const float number = std::strtof(text.c_str(), &end);
+    if (text.empty() || *end != '\0' || !std::isfinite(number))
+        return fail("parameter " + Normalise(key) + " is not a number: " + text);
+    *value = number;
+    return 0;
+}
+
+int cPardbLib::getPar(const char* key, char* value)
+{
+    std::string text;
+    if (getPar(key, text) != 0)
+        return kFailure;
+    const std::size_t length = std::min(text.size(), PARDB_MAX_VALUE - 1);
+    std::memcpy(value, text.data(), length);
+    value[length] = '\0';
+    return 0;
+}
+
+int cPardbLib::getPar(const char* key, std::string& value)
+{
+    PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
+    return getPar(key, value, &type);
+}
+
+int cPardbLib::getPar(const char* key, std::string& value, PARDB_PAR_T* type)
+{
+    std::string text;
+    PARDB_PAR_T found = PARDB_PAR_UNKNOWN;
+    if (read(Normalise(key), text, found) != 0)
+        return kFailure;
+    value = text;
+    if (type)
+        *type = found;
+    return 0;
+}
+
+int cPardbLib::setPar(const char* key, int value)
+{
+    return write(Normalise(key), PARDB_PAR_INT, std::to_string(value));
+}
+
+int cPardbLib::setPar(const char* key, float value)
+{
+    std::ostringstream text;
+    text << value;
+    return write(Normalise(key), PARDB_PAR_FLOAT, text.str());
+}
+
+int cPardbLib::setPar(const char* key, const char* value)
+{
+    return write(Normalise(key), PARDB_PAR_STRING, value ? value : "");
+}
+
+int cPardbLib::setPar(const char* key, const std::string& value)
+{
+    return write(Normalise(key), PARDB_PAR_STRING, value);
+}
+
+int cPardbLib::delPar(const char* key)
+{
+    const std::string name = Normalise(key);
+    if (name.empty())
+        return fail("an empty key cannot be deleted");
+    if (!open())
+        return kFailure;
+    // Keys below "a/b" lie between "a/b/" and "a/b0" in byte order ('0' follows '/').
+    Statement remove(db_, "DELETE FROM params WHERE key = ?1 OR (key > ?1 || '/' AND key < ?1 || '0')");
+    if (!remove)
+        return fail(sqlite3_errmsg(db_));
+    remove.bind(1, name);
+    if (sqlite3_step(remove.get()) != SQLITE_DONE)
+        return fail(sqlite3_errmsg(db_));
+    if (sqlite3_changes(db_) == 0)
+        return fail("no parameter " + name);
+    error_.clear();
+    return 0;
+}
+
+int cPardbLib::addFile(const char* key, const char* path, unsigned mode)
+{
+    std::ifstream file(path ? path : "", std::ios::binary);
+    if (!file)
+        return fail(std::string("cannot read ") + (path ? path : ""));
+    std::stringstream content;
+    content << file.rdbuf();
+    const std::string bytes = content.str();
+    if (write(Normalise(key), PARDB_PAR_STRING, path) != 0)
+        return kFailure;
+    Statement attach(db_, "UPDATE params SET content = ?2, mode = ?3 WHERE key = ?1");
+    if (!attach)
+        return fail(sqlite3_errmsg(db_));
+    attach.bind(1, Normalise(key));
+    sqlite3_bind_blob(attach.get(), 2, bytes.data(), static_cast<int>(bytes.size()), SQLITE_TRANSIENT);
+    sqlite3_bind_int64(attach.get(), 3, mode);
+    if (sqlite3_step(attach.get()) != SQLITE_DONE)
+        return fail(sqlite3_errmsg(db_));
+    return 0;
+}
+
+int cPardbLib::getList(const char* prefix, int)
+{
+    listing_.clear();
+    next_ = 0;
+    std::string name = Normalise(prefix);
+    while (!name.empty() && name.back() == '/')
+        name.pop_back();
+    if (!open())
+        return kFailure;
+    Statement select(db_, name.empty() ? "SELECT key FROM params ORDER BY key"
+                                       : "SELECT key FROM params WHERE key > ?1 || '/' AND key < ?1 || '0'"
+                                         " ORDER BY key");
+    if (!select)
+        return fail(sqlite3_errmsg(db_));
+    if (!name.empty())
+        select.bind(1, name);
+    int step;
+    while ((step = sqlite3_step(select.get())) == SQLITE_ROW)
+        listing_.push_back(select.text(0));
+    if (step != SQLITE_DONE)
+        return fail(sqlite3_errmsg(db_));
+    return 0;
+}
+
+int cPardbLib::getNext(char* name, int)
+{
+    if (next_ >= listing_.size())
+        return kFailure;
+    const std::string& entry = listing_[next_++];
+    const std::size_t length = std::min(entry.size(), PARDB_MAX_NAME - 1);
+    std::memcpy(name, entry.data(), length);
+    name[length] = '\0';
+    return 0;
+}
+
+void cPardbLib::FlushReadCache()
+{
+}
