@@ -5,10 +5,7 @@ namespace panelkit::web {
 
 void Dispatcher::add(const std::string& expression, std::vector<int> groups, Handler handler)
 {
-    // Anchored on both ends: an expression must account for the whole URL.
-    auto compiled = std::make_unique<Poco::RegularExpression>("^(?:" + expression + ")$",
-                                                              Poco::RegularExpression::RE_DOLLAR_ENDONLY);
-    entries_.push_back({std::move(compiled), std::move(groups), std::move(handler)});
+    entries_.push_back({Pattern(expression), std::move(groups), std::move(handler)});
 }
 
 void Dispatcher::assign(const std::string& expression, std::function<void()> handler)
@@ -45,15 +42,12 @@ bool Dispatcher::dispatch(const std::string& url) const
 {
     Poco::RegularExpression::MatchVec matches;
     for (const auto& entry : entries_) {
-        if (entry.expression->match(url, 0, matches) == 0)
+        if (!entry.expression.matches(url, matches))
             continue;
         std::vector<std::string> values;
         values.reserve(entry.groups.size());
-        for (int group : entry.groups) {
-            const auto index = static_cast<std::size_t>(group);
-            const bool found = index < matches.size() && matches[index].offset != std::string::npos;
-            values.push_back(found ? url.substr(matches[index].offset, matches[index].length) : std::string());
-        }
+        for (int group : entry.groups)
+            values.push_back(Pattern::Group(url, matches, group));
         entry.handler(values);
         return true;
     }

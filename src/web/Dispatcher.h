@@ -1,7 +1,7 @@
 // panelkit web layer: routes a URL to the first handler whose expression matches it whole.
 #pragma once
 
-#include <Poco/RegularExpression.h>
+#include "web/Pattern.h"
 
 #include <functional>
 #include <memory>
@@ -47,7 +47,7 @@ public:
 
 private:
     struct Entry {
-        std::unique_ptr<Poco::RegularExpression> expression;
+        Pattern expression;
         std::vector<int> groups;
         Handler handler;
     };

@@ -4,20 +4,16 @@
 namespace panelkit::web {
 
 MountPoint::MountPoint(const std::string& expression, int group)
-    : expression_(std::make_shared<Poco::RegularExpression>("^(?:" + expression + ")$",
-                                                            Poco::RegularExpression::RE_DOLLAR_ENDONLY)),
-      group_(group)
+    : expression_(expression), group_(group)
 {
 }
 
 bool MountPoint::match(const std::string& path, std::string& url) const
 {
     Poco::RegularExpression::MatchVec matches;
-    if (expression_->match(path, 0, matches) == 0)
+    if (!expression_.matches(path, matches))
         return false;
-    const auto index = static_cast<std::size_t>(group_);
-    const bool found = index < matches.size() && matches[index].offset != std::string::npos;
-    url = found ? path.substr(matches[index].offset, matches[index].length) : std::string();
+    url = Pattern::Group(path, matches, group_);
     return true;
 }
 

@@ -1,9 +1,8 @@
 // panelkit web layer: where in the URL space an application tree is mounted.
 #pragma once
 
-#include <Poco/RegularExpression.h>
+#include "web/Pattern.h"
 
-#include <memory>
 #include <string>
 
 namespace panelkit::web {
@@ -18,7 +17,7 @@ public:
     bool match(const std::string& path, std::string& url) const;
 
 private:
-    std::shared_ptr<Poco::RegularExpression> expression_;
+    Pattern expression_;
     int group_;
 };
 

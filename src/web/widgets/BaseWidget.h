@@ -55,7 +55,7 @@ public:
     /// Shows the input read-only or not.
     void readonly(bool readonly) { readonly_ = readonly; }
     /// True when a value is required.
-    bool non_empty() const { return nonEmpty_; }
+    bool required() const { return nonEmpty_; }
     /// Requires a value.
     void non_empty(bool required = true) { nonEmpty_ = required; }
     /// True when the widget holds a value (loaded or set).

@@ -3,8 +3,6 @@
 
 #include "web/Request.h"
 
-#include <Poco/RegularExpression.h>
-
 #include <fstream>
 
 namespace panelkit::web::widgets {
@@ -20,8 +18,7 @@ void File::limits(std::int64_t min, std::int64_t max)
 
 void File::filename(const std::string& expression)
 {
-    filename_ = std::make_unique<Poco::RegularExpression>("^(?:" + expression + ")$",
-                                                          Poco::RegularExpression::RE_DOLLAR_ENDONLY);
+    filename_.emplace(expression);
 }
 
 void File::load(const Request& request)
@@ -60,7 +57,7 @@ bool File::validate()
         return true;
     const auto size = static_cast<std::int64_t>(file_->size);
     const bool ok = size >= min_ && (max_ < 0 || size <= max_) && (mime_.empty() || file_->mime == mime_) &&
-                    (!filename_ || filename_->match(file_->filename)) && magicMatches();
+                    (!filename_ || filename_->matches(file_->filename)) && magicMatches();
     valid(ok);
     return ok;
 }

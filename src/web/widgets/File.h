@@ -1,16 +1,14 @@
 // panelkit web layer: a file input checking the streamed upload's size, type, name and first bytes.
 #pragma once
 
+#include "web/Pattern.h"
 #include "web/UploadedFile.h"
 #include "web/widgets/BaseWidget.h"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
-
-namespace Poco {
-class RegularExpression;
-}
 
 namespace panelkit::web::widgets {
 
@@ -42,7 +40,7 @@ private:
     std::int64_t min_ = 0;
     std::int64_t max_ = -1;
     std::string mime_;
-    std::unique_ptr<Poco::RegularExpression> filename_;
+    std::optional<Pattern> filename_;
     std::vector<std::string> magics_;
 };
 

@@ -5,16 +5,14 @@ namespace panelkit::web::widgets {
 
 void RegexField::regex(const std::string& expression)
 {
-    expression_ = expression;
-    compiled_ = std::make_shared<const Poco::RegularExpression>("^(?:" + expression + ")$",
-                                                                Poco::RegularExpression::RE_DOLLAR_ENDONLY);
+    pattern_.emplace(expression);
 }
 
 bool RegexField::validate()
 {
     if (!BaseWidget::validate())
         return false;
-    valid(!compiled_ || compiled_->match(value()));
+    valid(!pattern_ || pattern_->matches(value()));
     return valid();
 }
 

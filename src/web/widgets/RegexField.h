@@ -3,9 +3,9 @@
 
 #include "web/widgets/Text.h"
 
-#include <Poco/RegularExpression.h>
+#include "web/Pattern.h"
 
-#include <memory>
+#include <optional>
 
 namespace panelkit::web::widgets {
 
@@ -18,13 +18,12 @@ public:
     /// Replaces the expression.
     void regex(const std::string& expression);
     /// The expression's text.
-    const std::string& regex() const { return expression_; }
+    std::string regex() const { return pattern_ ? pattern_->expression() : std::string(); }
 
     bool validate() override;
 
 private:
-    std::string expression_;
-    std::shared_ptr<const Poco::RegularExpression> compiled_;
+    std::optional<Pattern> pattern_;
 };
 
 }  // namespace panelkit::web::widgets

@@ -41,7 +41,10 @@ void Select::selected(int index)
 void Select::load(const Request& request)
 {
     const bool posted = request.posted(name());
-    selected_id(posted ? request.post(name()) : std::string());
+    if (posted)
+        selected_id(request.post(name()));
+    else
+        selected(-1);
     // An id that is none of the options was never offered: the post is refused, not ignored.
     unknown_ = posted && selected_ < 0;
 }
