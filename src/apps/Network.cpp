@@ -6,7 +6,7 @@
 
 namespace panelkit::apps {
 
-Network::Network(web::Service& service) : web::Application(service)
+Network::Network(web::Service& service) : Base(service, "")
 {
     RoutePage::Bind(*this, {
                                {"ethernet1", "/ethernet1", "/ethernet1", "Ethernet 1"},

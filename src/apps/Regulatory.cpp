@@ -5,7 +5,7 @@
 
 namespace panelkit::apps {
 
-Regulatory::Regulatory(web::Service& service, const std::string&) : web::Application(service)
+Regulatory::Regulatory(web::Service& service, const std::string& name) : Base(service, name)
 {
     RoutePage::Bind(*this, {{"wifi", "/wifi", "/wifi", "Wi-Fi Regulatory Domain"}});
 }

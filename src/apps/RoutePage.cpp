@@ -1,15 +1,11 @@
-// panelkit apps: routes of controllers whose pages have not landed yet, each answering with a page that names it.
+// panelkit apps: routes of controllers whose pages have not landed yet, each rendering the layout with its title.
 #include "apps/RoutePage.h"
 
-#include "web/Application.h"
-#include "web/Html.h"
-#include "web/Response.h"
+#include "apps/Base.h"
 
 namespace panelkit::apps {
 
-using web::Html;
-
-void RoutePage::Bind(web::Application& app, const std::vector<Route>& routes)
+void RoutePage::Bind(Base& app, const std::vector<Route>& routes)
 {
     for (const auto& route : routes) {
         if (!route.pattern.empty())
@@ -20,13 +16,14 @@ void RoutePage::Bind(web::Application& app, const std::vector<Route>& routes)
     }
 }
 
-void RoutePage::Render(web::Application& app, const std::string& title, const std::string& name,
+void RoutePage::Render(Base& app, const std::string& title, const std::string& name,
                        const std::vector<std::string>& params)
 {
-    const std::string link = app.url(name, params);
-    app.response().out() << "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>" << Html::Escape(title)
-                         << "</title></head><body><h1>" << Html::Escape(title) << "</h1><p class=\"route\">"
-                         << Html::Escape(link) << "</p></body></html>\n";
+    data::Base content;
+    app.Prepare(content);
+    content.title = title;
+    app.url(name, params);  // every route keeps a working link, or fails loudly here
+    app.render("Base", content);
 }
 
 }  // namespace panelkit::apps

@@ -1,14 +1,12 @@
-// panelkit apps: routes of controllers whose pages have not landed yet, each answering with a page that names it.
+// panelkit apps: routes of controllers whose pages have not landed yet, each rendering the layout with its title.
 #pragma once
 
 #include <string>
 #include <vector>
 
-namespace panelkit::web {
-class Application;
-}
-
 namespace panelkit::apps {
+
+class Base;
 
 /// One route: its mapper name, pattern and expression, and the page title it shows.
 struct Route {
@@ -21,10 +19,10 @@ struct Route {
 /// Registers routes on a controller and renders their pages.
 class RoutePage {
 public:
-    /// Maps every named route and binds its expression, in order, to a page naming it.
-    static void Bind(web::Application& app, const std::vector<Route>& routes);
-    /// Renders the page of one route of the application; params fill the route's pattern.
-    static void Render(web::Application& app, const std::string& title, const std::string& name,
+    /// Maps every named route and binds its expression, in order, to a page with its title.
+    static void Bind(Base& app, const std::vector<Route>& routes);
+    /// Renders the layout with the route's title; params fill the route's pattern.
+    static void Render(Base& app, const std::string& title, const std::string& name,
                        const std::vector<std::string>& params = {});
 };
 

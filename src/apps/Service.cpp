@@ -5,7 +5,7 @@
 
 namespace panelkit::apps {
 
-Service::Service(web::Service& service, const std::string&) : web::Application(service)
+Service::Service(web::Service& service, const std::string& name) : Base(service, name)
 {
     mapper().assign("/");
     RoutePage::Bind(*this, {

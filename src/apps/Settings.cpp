@@ -6,7 +6,7 @@
 
 namespace panelkit::apps {
 
-Settings::Settings(web::Service& service) : web::Application(service)
+Settings::Settings(web::Service& service) : Base(service, "")
 {
     mapper().assign("/");
     dispatcher().assign("/?", [this] { General(); });
@@ -31,7 +31,7 @@ Settings::Settings(web::Service& service) : web::Application(service)
 
 void Settings::General()
 {
-    RoutePage::Render(*this, "General", "general");
+    RoutePage::Render(*this, "General Device Configuration", "general");
 }
 
 std::string Settings::StatusUrl() const

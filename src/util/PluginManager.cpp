@@ -35,4 +35,24 @@ void PluginManager::AttachAsynchronousAppsHook(web::Application&, web::Service&)
 {
 }
 
+void PluginManager::PopulateBranding(data::Base::Branding&)
+{
+}
+
+void PluginManager::PopulateMenuStartHook(std::vector<data::Menu>&)
+{
+}
+
+void PluginManager::PopulateMenuEndHook(std::vector<data::Menu>&)
+{
+}
+
+void PluginManager::PopulateStyleSheets(const std::string&, std::vector<std::string>&)
+{
+}
+
+void PluginManager::PopulateScripts(const std::string&, std::vector<std::string>&)
+{
+}
+
 }  // namespace panelkit::util

@@ -1,8 +1,13 @@
 // panelkit util: the plugin manager, process-wide, rebuilt after every reload.
 #pragma once
 
+#include "data/Base.h"
+
 #include <memory>
 #include <mutex>
+#include <string>
+#include <vector>
+
 
 namespace panelkit::web {
 class Application;
@@ -23,6 +28,16 @@ public:
     void AttachSynchronousAppsHook(web::Application& root, web::Service& service);
     /// Lets every plugin attach its asynchronous applications to the container.
     void AttachAsynchronousAppsHook(web::Application& container, web::Service& service);
+    /// Replaces the six branding texts when a plugin supplied a branding file.
+    void PopulateBranding(data::Base::Branding& branding);
+    /// Adds the plugins' menu entries that go before the built-in ones.
+    void PopulateMenuStartHook(std::vector<data::Menu>& menus);
+    /// Adds the plugins' menu entries that go after the built-in ones.
+    void PopulateMenuEndHook(std::vector<data::Menu>& menus);
+    /// Adds the URLs of the plugins' style sheets below the plugin media root.
+    void PopulateStyleSheets(const std::string& pluginMediaRoot, std::vector<std::string>& sheets);
+    /// Adds the URLs of the plugins' scripts below the plugin media root.
+    void PopulateScripts(const std::string& pluginMediaRoot, std::vector<std::string>& scripts);
 
 private:
     PluginManager() = default;

@@ -28,12 +28,12 @@ void Application::notFound(const std::string& url)
     response().errorPage(404, "No page at " + request().path());
 }
 
-Request& Application::request()
+Request& Application::request() const
 {
     return Context::Current().request();
 }
 
-Response& Application::response()
+Response& Application::response() const
 {
     return Context::Current().response();
 }

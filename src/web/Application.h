@@ -47,9 +47,9 @@ public:
     }
 
     /// The request being served on this thread.
-    Request& request();
+    Request& request() const;
     /// The response being built on this thread.
-    Response& response();
+    Response& response() const;
     /// The service this application belongs to.
     Service& service() { return service_; }
     /// The service's settings.

@@ -17,6 +17,20 @@ namespace {
 
 volatile std::sig_atomic_t g_terminate = 0;
 
+const char kContentSecurityPolicy[] =
+    "default-src 'self'; script-src 'self'; style-src 'self'; img-src 'self' data:; object-src 'none'; "
+    "base-uri 'self'; form-action 'self'; frame-ancestors 'none'";
+
+// A browser names the page a request comes from; it must be this device as the browser reached it.
+bool SameOrigin(const Request& request)
+{
+    const std::string origin = request.header("Origin");
+    if (origin.empty())
+        return true;
+    const auto scheme = origin.find("://");
+    return scheme != std::string::npos && origin.substr(scheme + 3) == request.header("Host");
+}
+
 extern "C" void OnTerminate(int)
 {
     g_terminate = 1;
@@ -86,12 +100,19 @@ void Service::handle(Request& request, Response& response)
 {
     Context context(request, response);
     try {
-        if (!pool_->serve(request.path()))
+        if (request.method() == "POST" && !SameOrigin(request)) {
+            PK_WARNING() << "Refused a POST to " << request.path() << " from " << request.header("Origin");
+            response.errorPage(403, "Requests from other sites are not accepted.");
+        } else if (!pool_->serve(request.path())) {
             serveUnmounted(request, response);
+        }
     } catch (const std::exception& e) {
         PK_ERROR() << "Exception while serving " << request.path() << ": " << e.what();
         response.errorPage(500, "The page failed; the error was logged.");
     }
+    // Pages run only the scripts they load from the device itself.
+    if (response.contentType().rfind("text/html", 0) == 0)
+        response.setHeader("Content-Security-Policy", kContentSecurityPolicy);
 }
 
 void Service::serveUnmounted(Request& request, Response& response)

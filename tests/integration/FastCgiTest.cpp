@@ -42,10 +42,13 @@ TEST_F(BehindLighttpd, PagesAreIdenticalThroughBothFrontEnds)
 
 TEST_F(BehindLighttpd, FormValuesAndQueriesArriveThroughFastCgi)
 {
-    const HttpReply reply = Http(lighttpd_->port(), "POST", "/config/network/ethernet1?tab=status", "a=1&b=%20x",
-                                 "application/x-www-form-urlencoded");
+    const FormToken form = OpenForm(lighttpd_->port(), "/config/network/ethernet1");
+    ASSERT_FALSE(form.token.empty());
+    const HttpReply reply = Http(lighttpd_->port(), "POST", "/config/network/ethernet1?tab=status",
+                                 "_csrf=" + form.token + "&a=1&b=%20x", "application/x-www-form-urlencoded",
+                                 form.headers());
     EXPECT_EQ(200, reply.status);
-    EXPECT_NE(std::string::npos, reply.body.find("<h1>Ethernet 1</h1>"));
+    EXPECT_NE(std::string::npos, reply.body.find(">Ethernet 1</h2>"));
 }
 
 TEST_F(BehindLighttpd, JsonRpcReloadRebuildsTheServiceBehindLighttpd)

@@ -43,5 +43,5 @@ TEST_F(StaticMedia, PathsLeavingTheDocumentRootAreNotFound)
 TEST_F(StaticMedia, MountedPrefixesWinOverFiles)
 {
     server_.work().write("media/config/index.html", "not a page");
-    EXPECT_NE(std::string::npos, Get(server_.port(), "/config/").body.find("<h1>General</h1>"));
+    EXPECT_NE(std::string::npos, Get(server_.port(), "/config/").body.find(">General Device Configuration</h2>"));
 }

@@ -29,9 +29,10 @@ protected:
         return count;
     }
 
-    static std::string Multipart(const std::string& boundary, const std::string& content)
+    static std::string Multipart(const std::string& boundary, const std::string& content, const std::string& token = "")
     {
-        return "--" + boundary + "\r\nContent-Disposition: form-data; name=\"image\"; filename=\"fw.bin\"\r\n" +
+        return "--" + boundary + "\r\nContent-Disposition: form-data; name=\"_csrf\"\r\n\r\n" + token + "\r\n" +
+               "--" + boundary + "\r\nContent-Disposition: form-data; name=\"image\"; filename=\"fw.bin\"\r\n" +
                "Content-Type: application/octet-stream\r\n\r\n" + content + "\r\n--" + boundary + "--\r\n";
     }
 
@@ -66,8 +67,10 @@ TEST_F(Limits, OversizedUploadIsRefusedWith413AndLeavesNoFile)
 
 TEST_F(Limits, UploadWithinTheLimitIsServedAndItsTemporaryFileRemoved)
 {
-    const HttpReply reply = Http(server_.port(), "POST", "/config/settings/firmware",
-                                 Multipart("b0undary", std::string(3000, 'f')), "multipart/form-data; boundary=b0undary");
+    const FormToken form = OpenForm(server_.port(), "/config/settings/firmware");
+    const HttpReply reply =
+        Http(server_.port(), "POST", "/config/settings/firmware", Multipart("b0undary", std::string(3000, 'f'), form.token),
+             "multipart/form-data; boundary=b0undary", form.headers());
     EXPECT_EQ(200, reply.status);
     EXPECT_EQ(0u, uploadsLeft());
 }

@@ -32,7 +32,7 @@ TEST_F(UrlLayout, ConfigurationRootShowsTheGeneralPageWithoutRedirect)
     for (const std::string path : {"/config", "/config/"}) {
         const HttpReply reply = Get(server_->port(), path);
         EXPECT_EQ(200, reply.status) << path;
-        EXPECT_NE(std::string::npos, reply.body.find("<h1>General</h1>")) << path << ": " << reply.body;
+        EXPECT_NE(std::string::npos, reply.body.find("id=\"config_page_title\">General Device Configuration</h2>")) << path << ": " << reply.body;
         EXPECT_EQ("", reply.header("Location"));
     }
 }
@@ -41,7 +41,7 @@ TEST_F(UrlLayout, EthernetPageIsServedByTheNetworkController)
 {
     const HttpReply reply = Get(server_->port(), "/config/network/ethernet1");
     EXPECT_EQ(200, reply.status);
-    EXPECT_NE(std::string::npos, reply.body.find("<h1>Ethernet 1</h1>"));
+    EXPECT_NE(std::string::npos, reply.body.find("id=\"config_page_title\">Ethernet 1</h2>"));
     EXPECT_NE(std::string::npos, reply.body.find("/config/network/ethernet1"));
 }
 
@@ -70,9 +70,9 @@ TEST_F(UrlLayout, AboutWithTwoSegmentsReachesTheTwoArgumentPage)
 
 TEST_F(UrlLayout, ServiceAndRegulatoryPagesAnswer)
 {
-    EXPECT_NE(std::string::npos, Get(server_->port(), "/config/service").body.find("Assembly Serial Number"));
-    EXPECT_NE(std::string::npos, Get(server_->port(), "/config/service/assemblysn").body.find("/config/service/assemblysn"));
-    EXPECT_NE(std::string::npos, Get(server_->port(), "/config/regulatory/wifi").body.find("Wi-Fi Regulatory Domain"));
+    EXPECT_NE(std::string::npos, Get(server_->port(), "/config/service").body.find(">Assembly Serial Number</h2>"));
+    EXPECT_NE(std::string::npos, Get(server_->port(), "/config/service/assemblysn").body.find(">Assembly Serial Number</h2>"));
+    EXPECT_NE(std::string::npos, Get(server_->port(), "/config/regulatory/wifi").body.find(">Wi-Fi Regulatory Domain</h2>"));
 }
 
 TEST_F(UrlLayout, RootRedirectsToTheConfigurationPages)

@@ -40,6 +40,17 @@ HttpReply Http(int port, const std::string& method, const std::string& path, con
     return reply;
 }
 
+FormToken OpenForm(int port, const std::string& path)
+{
+    const std::string setCookie = Get(port, path).header("Set-Cookie");
+    const std::string name = "panelkit_csrf=";
+    const auto at = setCookie.find(name);
+    if (at == std::string::npos)
+        return {};
+    const std::string token = setCookie.substr(at + name.size(), setCookie.find(';', at) - at - name.size());
+    return {name + token, token};
+}
+
 HttpReply Get(int port, const std::string& path)
 {
     return Http(port, "GET", path);

@@ -18,6 +18,17 @@ struct HttpReply {
 /// Sends one request to the loopback port and reads the whole reply.
 HttpReply Http(int port, const std::string& method, const std::string& path, const std::string& body = "",
                const std::string& contentType = "", const std::map<std::string, std::string>& headers = {});
+/// The form token a page hands out: the cookie to send back and the field value to post.
+struct FormToken {
+    std::string cookie;
+    std::string token;
+    /// The headers that carry the cookie.
+    std::map<std::string, std::string> headers() const { return {{"Cookie", cookie}}; }
+};
+
+/// GETs a page and takes the form token from its cookie; empty when none was set.
+FormToken OpenForm(int port, const std::string& path);
+
 /// A GET request.
 HttpReply Get(int port, const std::string& path);
 /// A JSON-RPC call of a method with parameters given as JSON text ("[]").
