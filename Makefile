@@ -5,7 +5,7 @@ SANITIZE   ?= ON
 JOBS       ?= 2
 DEVICE     ?= run/device
 
-.PHONY: run test build deps configure clean
+.PHONY: run test build configure deps clean
 
 run: build
 	mkdir -p $(DEVICE)/tmp
@@ -22,6 +22,7 @@ configure: deps
 
 deps:
 	scripts/install-deps
+	@[ node_modules/.package-lock.json -nt package-lock.json ] || npm ci --no-audit --no-fund
 
 clean:
 	rm -rf $(BUILD_DIR)

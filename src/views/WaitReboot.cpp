@@ -17,7 +17,8 @@ void WaitReboot::render_scripts()
 
 void WaitReboot::render_content()
 {
-    out_ << "<div id=\"content\"><div id=\"config_pane\" class=\"config_pane wait_reboot\"><h2 id=\"config_page_title\">";
+    // Outside "#content": the banner, content and footer fade out while this stays.
+    out_ << "<div id=\"wait_reboot\"><div id=\"config_pane\" class=\"config_pane wait_reboot\"><h2 id=\"config_page_title\">";
     Esc(content_.title);
     out_ << "</h2>\n<form method=\"post\" action=\"\"><table class=\"form_table\">";
     render_form(reboot_.form);

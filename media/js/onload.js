@@ -1,0 +1,109 @@
+// panelkit: behaviour shared by every page: result messages, alerts, menus, tabs and read-only pages.
+// Values come from the page's JSON data block; nothing here is inline in the page.
+"use strict";
+
+var FormMessageType = {
+  StaticMessage: "static",
+  SuccessMessage: "success",
+  ErrorMessage: "failure",
+  InfoMessage: "info"
+};
+
+// The values the server handed to this page's scripts.
+function pageData() {
+  var block = document.getElementById("panelkit_page_data");
+  if (!block) {
+    return {};
+  }
+  try {
+    return JSON.parse(block.textContent) || {};
+  } catch (e) {
+    return {};
+  }
+}
+
+function getFormElementByName(form, name) {
+  if (!form || !form.elements) {
+    return null;
+  }
+  return form.elements.namedItem(name);
+}
+
+// Shows text in the page's one result box (created when the page has none). Always as text, never as HTML.
+function SetFormResultMsg(text, type) {
+  var box = $("#config_pane .form_result_msg");
+  if (box.length === 0) {
+    box = $("<div></div>").insertAfter("#config_page_title");
+  }
+  var kind = type || FormMessageType.StaticMessage;
+  var classes = kind === FormMessageType.StaticMessage ? "static" : kind + " static";
+  box.first().attr("class", classes + " form_result_msg").text(text).show();
+}
+
+// Empties the result box, for example when the user changes tabs.
+function ClearFormResultMsg() {
+  $(".form_result_msg").text("").hide();
+}
+
+// Moves the banner below the alert and fades the alert in.
+function repositionBanner() {
+  var alerts = $("#alertsBox");
+  $("#banner").css("margin-top", (alerts.outerHeight() || 0) + 10 + "px");
+  alerts.fadeIn(800);
+}
+
+// Sub-pages of a menu entry show when their parent is selected or clicked.
+function setUpMenus() {
+  $("#nav li.parentSubMenu > a").on("click", function (event) {
+    var children = $("#nav li.subMenu." + this.id);
+    if (children.length > 0 && !$(this).attr("href")) {
+      event.preventDefault();
+    }
+    children.toggle();
+  });
+  $("#nav li.selected.subMenu").each(function () {
+    var classes = this.className.split(/\s+/);
+    for (var i = 0; i < classes.length; i += 1) {
+      if (classes[i].indexOf("menu_") === 0) {
+        $("#nav li.subMenu." + classes[i]).show();
+      }
+    }
+  });
+  $("#nav li.selected.parentSubMenu").each(function () {
+    $("#nav li.subMenu." + $(this).children("a").attr("id")).show();
+  });
+  $("#nav_toggle").on("click", function () {
+    $("#nav").toggleClass("open");
+  });
+}
+
+function setUpTabs(tabs) {
+  var container = $("#tabcontainer");
+  if (container.length === 0) {
+    return;
+  }
+  container.tabs({
+    active: tabs.selected || 0,
+    show: { effect: "fade", duration: 150 },
+    hide: { effect: "fade", duration: 150 },
+    beforeActivate: function () {
+      ClearFormResultMsg();
+      container.trigger("panelkit:tabchange");
+    }
+  });
+  container.show();
+}
+
+$(function () {
+  var data = pageData();
+  setUpMenus();
+  if (data.repositionBanner) {
+    repositionBanner();
+  }
+  if (data.tabs) {
+    setUpTabs(data.tabs);
+  }
+  if (data.readOnly) {
+    $("#config_pane :input").prop("disabled", true);
+  }
+});

@@ -1,0 +1,121 @@
+// Browser test harness: a simulated device served by the real panelkit on a free loopback port,
+// and Debian's chromium driven headless by playwright-core.
+import { spawn, execFileSync } from "node:child_process";
+import fs from "node:fs";
+import net from "node:net";
+import os from "node:os";
+import path from "node:path";
+import { chromium } from "playwright-core";
+
+const buildDir = process.env.PANELKIT_BUILD_DIR || path.resolve(import.meta.dirname, "../../build");
+const binary = process.env.PANELKIT_BINARY || path.join(buildDir, "panelkit");
+
+export const screenshotDir = path.join(buildDir, "screenshots");
+
+function freePort() {
+  return new Promise((resolve, reject) => {
+    const server = net.createServer();
+    server.unref();
+    server.on("error", reject);
+    server.listen(0, "127.0.0.1", () => {
+      const { port } = server.address();
+      server.close(() => resolve(port));
+    });
+  });
+}
+
+async function waitForPort(port, child, timeoutMs) {
+  const deadline = Date.now() + timeoutMs;
+  while (Date.now() < deadline) {
+    if (child.exitCode !== null) {
+      throw new Error(`panelkit exited with ${child.exitCode}`);
+    }
+    const open = await new Promise((resolve) => {
+      const socket = net.connect(port, "127.0.0.1", () => {
+        socket.end();
+        resolve(true);
+      });
+      socket.on("error", () => resolve(false));
+    });
+    if (open) {
+      return;
+    }
+    await new Promise((resolve) => setTimeout(resolve, 50));
+  }
+  throw new Error("panelkit did not start listening");
+}
+
+// Starts panelkit against a fresh device root; files maps device paths to contents written first.
+// The media tree is a copy of the build's, with the rendered layout fixtures in "/fixtures".
+export async function startDevice({ files = {}, config = {} } = {}) {
+  const work = fs.mkdtempSync(path.join(os.tmpdir(), "panelkit-browser-"));
+  const root = path.join(work, "device");
+  fs.mkdirSync(path.join(root, "tmp"), { recursive: true });
+  for (const [devicePath, content] of Object.entries(files)) {
+    const target = path.join(root, devicePath);
+    fs.mkdirSync(path.dirname(target), { recursive: true });
+    fs.writeFileSync(target, content);
+  }
+  const media = path.join(work, "media");
+  fs.cpSync(path.join(buildDir, "media"), media, { recursive: true });
+  fs.mkdirSync(path.join(media, "fixtures"));
+  execFileSync(process.env.PANELKIT_RENDER_FIXTURE || path.join(buildDir, "tests", "render_fixture"),
+    [path.join(media, "fixtures")]);
+
+  const port = await freePort();
+  const settings = {
+    service: { api: "http", ip: "127.0.0.1", port, worker_threads: 2 },
+    file_server: { enable: true, document_root: media },
+    logging: { level: "debug", stderr: true },
+    panelkit: { root: { sync: "config", async: "async", rpc: "rpc" }, device_root: root, media_root: "", ...config },
+  };
+  const configFile = path.join(work, "panelkit.json");
+  fs.writeFileSync(configFile, JSON.stringify(settings));
+  const log = fs.openSync(path.join(work, "panelkit.log"), "a");
+  const child = spawn(binary, ["-c", configFile], { stdio: ["ignore", log, log] });
+  await waitForPort(port, child, 20000);
+  return {
+    url: `http://127.0.0.1:${port}`,
+    root,
+    log: () => fs.readFileSync(path.join(work, "panelkit.log"), "utf8"),
+    async stop() {
+      if (child.exitCode === null) {
+        const exited = new Promise((resolve) => child.once("exit", resolve));
+        child.kill("SIGTERM");
+        await exited;
+      }
+      fs.closeSync(log);
+      fs.rmSync(work, { recursive: true, force: true });
+    },
+  };
+}
+
+export async function launchBrowser() {
+  return chromium.launch({
+    executablePath: process.env.CHROMIUM || "/usr/bin/chromium",
+    headless: true,
+    args: [
+      "--no-sandbox",
+      "--disable-gpu",
+      "--disable-quic",
+      "--no-first-run",
+      "--disable-background-networking",
+      "--disable-component-update",
+      "--disable-sync",
+    ],
+  });
+}
+
+// A page that fails the test on any script error or refused inline script.
+export async function openPage(browser) {
+  const page = await browser.newPage();
+  const problems = [];
+  page.on("pageerror", (error) => problems.push(error.message));
+  page.on("console", (message) => {
+    if (message.type() === "error") {
+      problems.push(message.text());
+    }
+  });
+  page.problems = problems;
+  return page;
+}
