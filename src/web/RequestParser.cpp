@@ -8,6 +8,7 @@
 #include <Poco/Net/HTTPRequest.h>
 #include <Poco/Net/MediaType.h>
 #include <Poco/Net/MessageHeader.h>
+#include <Poco/Net/NetException.h>
 #include <Poco/Net/PartHandler.h>
 #include <Poco/String.h>
 
@@ -37,6 +38,8 @@ class LimitedBuffer : public std::streambuf {
 public:
     LimitedBuffer(std::istream& source, std::uint64_t limit) : source_(source), limit_(limit) {}
     bool exceeded() const { return exceeded_; }
+    /// The last bytes read, enough to see how the body ended.
+    const std::string& tail() const { return tail_; }
 
 protected:
     int_type underflow() override
@@ -56,11 +59,16 @@ protected:
             return traits_type::eof();
         }
         setg(buffer_, buffer_, buffer_ + got);
+        tail_.append(buffer_, static_cast<std::size_t>(got));
+        if (tail_.size() > kTail)
+            tail_.erase(0, tail_.size() - kTail);
         return traits_type::to_int_type(buffer_[0]);
     }
 
 private:
+    static constexpr std::size_t kTail = 256;
     std::istream& source_;
+    std::string tail_;
     std::uint64_t limit_;
     std::uint64_t consumed_ = 0;
     bool exceeded_ = false;
@@ -164,6 +172,10 @@ int RequestParser::Parse(Request& request, std::istream& body, std::int64_t cont
             Poco::Net::HTMLForm form;
             UploadHandler uploads(limits.uploadDirectory, request.files_);
             form.load(head, in, uploads);
+            // The reader takes an early end of the stream for the end of the last part, so a
+            // broken-off upload would pass as a short file: the closing delimiter must be there.
+            if (multipart && limited.tail().find("--" + form.boundary() + "--") == std::string::npos)
+                throw Poco::Net::MultipartException("the body ends before its closing boundary");
             request.form_.swap(form);
         } else {
             request.body_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
