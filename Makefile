@@ -8,8 +8,9 @@ DEVICE     ?= run/device
 .PHONY: run test build configure deps clean
 
 run: build
-	mkdir -p $(DEVICE)/tmp
-	$(BUILD_DIR)/panelkit -c config/sim.json
+	@[ -d $(DEVICE)/var/lib/pardb ] || PANELKIT_BUILD_DIR=$(BUILD_DIR) sim/init-device $(DEVICE)
+	@echo "panelkit: http://127.0.0.1:8080/ (simulated device in $(DEVICE); stop with Ctrl-C)"
+	MOUNT_DIR=$(CURDIR)/$(DEVICE)/mnt/apps $(BUILD_DIR)/panelkit -c config/sim.json
 
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j$(JOBS)

@@ -39,6 +39,8 @@ bool Server::start(bool ready)
 {
     Json::StreamWriterBuilder writer;
     std::ofstream(work_ / "panelkit.json") << Json::writeString(writer, config_);
+    // The environment would win over the configuration; this test's process may have set it for another root.
+    env_["PANELKIT_DEVICE_ROOT"] = config_["panelkit"]["device_root"].asString();
     process_ = std::make_unique<Process>(
         std::vector<std::string>{PANELKIT_BINARY, "-c", work_ / "panelkit.json"}, logPath(), env_);
     return !ready || waitReady();

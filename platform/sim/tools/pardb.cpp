@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -16,6 +17,7 @@ const char kUsage[] =
     "       pardb [--root DIR] set KEY VALUE [--int|--float]\n"
     "       pardb [--root DIR] del KEY\n"
     "       pardb [--root DIR] list [PREFIX]\n"
+    "       pardb [--root DIR] import FILE   (lines: KEY s|i|f VALUE; # starts a comment)\n"
     "The device root is DIR, else $PANELKIT_DEVICE_ROOT.\n";
 
 int Usage()
@@ -71,6 +73,38 @@ int Set(cPardbLib& store, const std::vector<std::string>& args)
     return rc == 0 ? 0 : Fail(store, "set " + args[1]);
 }
 
+// Stores every "KEY TYPE VALUE" line of a file; the value is the rest of the line and may be empty.
+int Import(cPardbLib& store, const std::string& file)
+{
+    std::ifstream in(file);
+    if (!in) {
+        std::fprintf(stderr, "pardb: cannot read %s\n", file.c_str());
+        return 1;
+    }
+    std::string line;
+    for (int number = 1; std::getline(in, line); ++number) {
+        if (line.empty() || line[0] == '#')
+            continue;
+        const auto first = line.find(' ');
+        const auto second = first == std::string::npos ? std::string::npos : line.find(' ', first + 1);
+        const std::string type = first == std::string::npos ? "" : line.substr(first + 1, second - first - 1);
+        const std::string key = line.substr(0, first);
+        const std::string value = second == std::string::npos ? "" : line.substr(second + 1);
+        std::vector<std::string> args{"set", key, value};
+        if (type == "i")
+            args.push_back("--int");
+        else if (type == "f")
+            args.push_back("--float");
+        else if (type != "s") {
+            std::fprintf(stderr, "pardb: %s:%d: the type must be s, i or f\n", file.c_str(), number);
+            return 1;
+        }
+        if (Set(store, args) != 0)
+            return 1;
+    }
+    return 0;
+}
+
 int Run(cPardbLib& store, const std::vector<std::string>& args)
 {
     const std::string& command = args[0];
@@ -83,6 +117,8 @@ int Run(cPardbLib& store, const std::vector<std::string>& args)
     }
     if (command == "set")
         return Set(store, args);
+    if (command == "import" && args.size() == 2)
+        return Import(store, args[1]);
     if (command == "del" && args.size() == 2)
         return store.delPar(args[1].c_str()) == 0 ? 0 : Fail(store, "del " + args[1]);
     if (command == "list" && args.size() <= 2) {
