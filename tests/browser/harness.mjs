@@ -5,7 +5,16 @@ import fs from "node:fs";
 import net from "node:net";
 import os from "node:os";
 import path from "node:path";
-import { chromium } from "playwright-core";
+
+const repo = path.resolve(import.meta.dirname, "../..");
+// The harness brings what it needs: the browser from Debian, the drivers from npm.
+if (!fs.existsSync(process.env.CHROMIUM || "/usr/bin/chromium")) {
+  execFileSync(path.join(repo, "scripts", "install-deps"), { stdio: "inherit" });
+}
+if (!fs.existsSync(path.join(repo, "node_modules", "playwright-core"))) {
+  execFileSync("npm", ["ci", "--no-audit", "--no-fund"], { cwd: repo, stdio: "inherit" });
+}
+const { chromium } = await import("playwright-core");
 
 const buildDir = process.env.PANELKIT_BUILD_DIR || path.resolve(import.meta.dirname, "../../build");
 const binary = process.env.PANELKIT_BINARY || path.join(buildDir, "panelkit");

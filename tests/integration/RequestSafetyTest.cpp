@@ -82,3 +82,16 @@ TEST_F(RequestSafety, PagesForbidInlineScripts)
     EXPECT_EQ(std::string::npos, policy.find("unsafe-inline")) << policy;
     EXPECT_EQ(std::string::npos, reply.body.find("<script type=\"text/javascript\">")) << "no inline script";
 }
+
+TEST_F(RequestSafety, RecoveryImageMismatchShowsOnEveryPageUnlessARebootIsPending)
+{
+    server_.writeDeviceFile("/var/run/.fw_base_status", R"({"status": "fallback_to_wrong_base"})");
+    for (const std::string path : {"/config/", "/config/network/wlan", "/config/settings/about"})
+        EXPECT_NE(std::string::npos, Get(server_.port(), path).body.find(
+                                         "Recovery image mismatch and application could not be started. Upgrade firmware"))
+            << path;
+    server_.writeDeviceFile("/tmp/panelkit_reboot_flag", "");
+    const std::string body = Get(server_.port(), "/config/").body;
+    EXPECT_NE(std::string::npos, body.find("Settings have been changed that require a"));
+    EXPECT_EQ(std::string::npos, body.find("Recovery image mismatch"));
+}

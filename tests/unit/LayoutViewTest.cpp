@@ -251,3 +251,27 @@ TEST_F(Layout, ViewsCheckTheirContentType)
     EXPECT_EQ((std::vector<std::string>{"Base", "BaseForm", "BaseFormTabbed", "BaseTabbed", "WaitReboot"}),
               views::Registry::Instance().Names());
 }
+
+TEST(MediaRoot, EmptyStaysEmptyAndTheEnvironmentWins)
+{
+    Json::Value config = Config();
+    config["panelkit"]["media_root"] = "";
+    web::Service service{web::Settings(config)};
+    apps::Base app(service, "demo");
+    web::Request request;
+    request.setHead("GET", "/config/", "", "127.0.0.1");
+    web::Response response;
+    web::Context context(request, response);
+    data::Base empty;
+    app.Prepare(empty);
+    EXPECT_EQ("", empty.media_root);
+    EXPECT_EQ("/demo", empty.app_media_root);
+    ::setenv("MEDIA_ROOT", "/static", 1);
+    ::setenv("PLUGIN_MEDIA_ROOT", "plugins", 1);
+    data::Base fromEnvironment;
+    app.Prepare(fromEnvironment);
+    ::unsetenv("MEDIA_ROOT");
+    ::unsetenv("PLUGIN_MEDIA_ROOT");
+    EXPECT_EQ("/static", fromEnvironment.media_root);
+    EXPECT_EQ("/plugins/demo", fromEnvironment.app_media_root);
+}
