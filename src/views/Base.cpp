@@ -5,6 +5,8 @@
 #include "web/Html.h"
 #include "web/Request.h"
 
+#include <Poco/URI.h>
+
 namespace panelkit::views {
 
 namespace {
@@ -59,7 +61,9 @@ void Base::AddScript(const std::string& path)
 
 std::string Base::MediaUrl(const std::string& path) const
 {
-    return content_.media_root + path + "?rev=" + web::Html::Escape(content_.build_date);
+    std::string revision;
+    Poco::URI::encode(content_.build_date, "&?#+", revision);
+    return content_.media_root + path + "?rev=" + web::Html::Escape(revision);
 }
 
 void Base::render()

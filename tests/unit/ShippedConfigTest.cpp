@@ -25,6 +25,9 @@ TEST(ShippedConfig, SimulatorServesHttpOnLoopback8080WithTheSimulatedDevice)
     EXPECT_EQ("run/device", settings.get("panelkit.device_root", ""));
     EXPECT_EQ("config", settings.get("panelkit.root.sync", ""));
     EXPECT_TRUE(settings.get("file_server.enable", false));
+    // The file server serves the media tree at "/", so the pages find it without a prefix.
+    EXPECT_EQ("build/media", settings.get("file_server.document_root", ""));
+    EXPECT_EQ("", settings.get("panelkit.media_root", "unset"));
 }
 
 TEST(ShippedConfig, DeviceServesFastCgiOnAUnixSocketWithTheDevicePaths)
