@@ -4,6 +4,7 @@
 #include "web/Application.h"
 #include "web/Html.h"
 #include "web/Request.h"
+#include "web/widgets/BaseWidget.h"
 
 #include <Poco/URI.h>
 
@@ -64,6 +65,16 @@ std::string Base::MediaUrl(const std::string& path) const
     std::string revision;
     Poco::URI::encode(content_.build_date, "&?#+", revision);
     return content_.media_root + path + "?rev=" + web::Html::Escape(revision);
+}
+
+void Base::render_input_and_error(const web::widgets::BaseWidget& widget)
+{
+    widget.render_input(out_);
+    if (widget.valid())
+        return;
+    out_ << "<span class=\"cppcms_error_msg\">";
+    Esc(widget.error_message());
+    out_ << "</span>";
 }
 
 void Base::render()

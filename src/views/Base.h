@@ -11,7 +11,10 @@
 
 namespace panelkit::web {
 class Application;
+namespace widgets {
+class BaseWidget;
 }
+}  // namespace panelkit::web
 
 namespace panelkit::views {
 
@@ -57,6 +60,8 @@ protected:
     Json::Value& ScriptData(const std::string& name);
     /// Adds a script file (a path below the media root) loaded after the common ones.
     void AddScript(const std::string& path);
+    /// A widget's input, then the error span when the widget failed.
+    void render_input_and_error(const web::widgets::BaseWidget& widget);
     /// A static file's URL: media root + path + the build stamp as revision.
     std::string MediaUrl(const std::string& path) const;
 

@@ -13,16 +13,6 @@ void BaseForm::render_csrf_field()
     out_ << "\" />";
 }
 
-void BaseForm::render_input_and_error(const web::widgets::BaseWidget& widget)
-{
-    widget.render_input(out_);
-    if (widget.valid())
-        return;
-    out_ << "<span class=\"cppcms_error_msg\">";
-    Esc(widget.error_message());
-    out_ << "</span>";
-}
-
 void BaseForm::render_row(const web::widgets::BaseWidget& widget, const std::string& classes, const std::string& rowId)
 {
     out_ << "<tr";

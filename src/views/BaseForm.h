@@ -27,8 +27,6 @@ public:
 protected:
     /// The hidden token field every posted form must carry.
     void render_csrf_field();
-    /// The input, then the error span when the widget failed.
-    void render_input_and_error(const web::widgets::BaseWidget& widget);
     /// A row with the given classes and id.
     void render_row(const web::widgets::BaseWidget& widget, const std::string& classes, const std::string& rowId);
 };

@@ -1,8 +1,6 @@
 // panelkit views: the layout of pages with tabs (inputs without rows).
 #include "views/BaseTabbed.h"
 
-#include "web/widgets/BaseWidget.h"
-
 namespace panelkit::views {
 
 BaseTabbed::BaseTabbed(std::ostream& out, data::BaseTabbed& content, const web::Application& app)
@@ -12,12 +10,7 @@ BaseTabbed::BaseTabbed(std::ostream& out, data::BaseTabbed& content, const web::
 
 void BaseTabbed::render_widget(const web::widgets::BaseWidget& widget)
 {
-    widget.render_input(out_);
-    if (widget.valid())
-        return;
-    out_ << "<span class=\"cppcms_error_msg\">";
-    Esc(widget.error_message());
-    out_ << "</span>";
+    render_input_and_error(widget);
 }
 
 void BaseTabbed::render_scripts()
