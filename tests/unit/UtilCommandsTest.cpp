@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <qor_util/system.h>
+
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
@@ -222,4 +224,19 @@ TEST(Reboot, ForkRebootRunsTheDevicesRebootWithAFiveSecondDelay)
     util::ForkReboot();
     ASSERT_TRUE(panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000));
     EXPECT_EQ("-d 5\n", root.read("tmp/reboot-args"));
+}
+
+TEST(Identity, SettingTheAssemblyNumberReportsSuccessWithNonZero)
+{
+    TempDir root;
+    util::SetDeviceRoot(root.path());
+    EXPECT_EQ(0, qor_util::system::SetBarcodeASN("A1")) << "no identity folder on this device";
+    root.write("etc/qor/.keep", "");
+    EXPECT_NE(0, qor_util::system::SetBarcodeASN("A987654321"));
+    EXPECT_EQ("A987654321", util::SystemAssemblySN());
+    EXPECT_EQ(0, qor_util::system::SetBarcodeASN("")) << "an empty number is refused";
+    EXPECT_EQ(0, qor_util::system::SetBarcodeASN("A1\nB2"));
+    int status = -1;
+    EXPECT_EQ("A987654321", qor_util::system::GetBarcodeASN(&status));
+    EXPECT_EQ(0, status);
 }
