@@ -1,13 +1,16 @@
-// panelkit util: the plugin manager, process-wide, rebuilt after every reload.
+// panelkit util: the plugin manager: finds plugin libraries, media and branding on the mounted
+// volumes, loads them, and lets the plugins extend menus and attach applications.
 #pragma once
 
 #include "data/Base.h"
 
-#include <memory>
+#include <panelkit/plugin.h>
+
+#include <json/json.h>
+
 #include <mutex>
 #include <string>
 #include <vector>
-
 
 namespace panelkit::web {
 class Application;
@@ -16,35 +19,61 @@ class Service;
 
 namespace panelkit::util {
 
-/// Finds plugin libraries and lets them attach their applications. No plugin is loaded
-/// yet: the hooks attach nothing until the plugin loader lands.
+/// Process-wide and rebuilt after every reload; its lists are written while it is built and
+/// only read afterwards, so worker threads read them without a lock.
 class PluginManager {
 public:
-    /// The manager of this pass; the first call after Unload() builds a new one.
+    /// One loaded plugin.
+    using PluginMetaStruct = panelkit::PluginMetaStruct;
+
+    /// The manager, built (and the volumes scanned) on first use and after Unload().
     static PluginManager& Instance();
-    /// Drops the plugins, so that the next Instance() scans again.
+    /// True when the next Instance() must rebuild the manager.
+    static bool& ForceReload();
+
+    /// Deletes every plugin object, closes the libraries and marks the manager for rebuilding.
     void Unload();
-    /// Lets every plugin attach its synchronous applications to the root.
-    void AttachSynchronousAppsHook(web::Application& root, web::Service& service);
-    /// Lets every plugin attach its asynchronous applications to the container.
-    void AttachAsynchronousAppsHook(web::Application& container, web::Service& service);
-    /// Replaces the six branding texts when a plugin supplied a branding file.
+    /// Loads "*-panelkit-plugin.so" libraries of the volumes, sorted by file name.
+    void LoadLibraries(const std::string& mountDir, const std::vector<std::string>& volumes);
+    /// Collects the volumes' style sheets and scripts from "media/head".
+    void LoadMedia(const std::string& mountDir, const std::vector<std::string>& volumes);
+    /// Loads "*branding.json" files; the last by file name wins.
+    void LoadBranding(const std::string& mountDir, const std::vector<std::string>& volumes);
+    /// Replaces the page's six branding texts when a branding file was loaded.
     void PopulateBranding(data::Base::Branding& branding);
-    /// Adds the plugins' menu entries that go before the built-in ones.
+    /// The plugins' menu entries that go before the built-in ones.
     void PopulateMenuStartHook(std::vector<data::Menu>& menus);
-    /// Adds the plugins' menu entries that go after the built-in ones.
+    /// The plugins' menu entries that go after the built-in ones.
     void PopulateMenuEndHook(std::vector<data::Menu>& menus);
-    /// Adds the URLs of the plugins' style sheets below the plugin media root.
-    void PopulateStyleSheets(const std::string& pluginMediaRoot, std::vector<std::string>& sheets);
-    /// Adds the URLs of the plugins' scripts below the plugin media root.
-    void PopulateScripts(const std::string& pluginMediaRoot, std::vector<std::string>& scripts);
+    /// Lets every plugin attach its synchronous applications to the root; one plugin's failure spares the others.
+    void AttachSynchronousAppsHook(web::Application& root, web::Service& service);
+    /// Lets every plugin attach its asynchronous applications; one plugin's failure spares the others.
+    void AttachAsynchronousAppsHook(web::Application& container, web::Service& service);
+    /// Appends the plugin media root and each style sheet's relative URL.
+    void PopulateStyleSheets(const std::string& root, std::vector<std::string>& out);
+    /// Appends the plugin media root and each script's relative URL.
+    void PopulateScripts(const std::string& root, std::vector<std::string>& out);
+
+    /// The loaded plugins in load order.
+    const std::vector<PluginMetaStruct>& plugins() const { return plugins_; }
+    /// The relative URLs of the style sheets ("/volume/head/file.css").
+    const std::vector<std::string>& styleSheets() const { return styleSheets_; }
+    /// The relative URLs of the scripts.
+    const std::vector<std::string>& scripts() const { return scripts_; }
+    /// The folder that holds a volume's plugin media ("media" below its plugin folder).
+    static std::string MediaFolder(const std::string& mountDir, const std::string& volume);
+
+    PluginManager(const PluginManager&) = delete;
+    PluginManager& operator=(const PluginManager&) = delete;
+    ~PluginManager();
 
 private:
     PluginManager() = default;
 
-    static std::mutex lock_;
-    static std::unique_ptr<PluginManager> instance_;
-    static bool stale_;
+    std::vector<PluginMetaStruct> plugins_;
+    std::vector<std::string> styleSheets_;
+    std::vector<std::string> scripts_;
+    Json::Value branding_;
 };
 
 }  // namespace panelkit::util
