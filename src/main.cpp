@@ -6,6 +6,7 @@
 #include "util/Util.h"
 #include "web/Application.h"
 #include "web/Error.h"
+#include "web/FileServer.h"
 #include "web/Log.h"
 #include "web/Service.h"
 
@@ -38,6 +39,25 @@ void WritePidFile()
     std::ofstream(util::DevicePath("/var/run/panelkit.pid")) << ::getpid() << "\n";
 }
 
+// The internal server hands out plugin media as the device's web server does:
+// <plugin media root>/<volume>/head/<file> is that volume's plugins/media/head/<file>.
+void ServePluginMedia(web::Service& service)
+{
+    const std::string mountDir = util::GetEnv("MOUNT_DIR");
+    std::string root = util::EnvOrSettings("PLUGIN_MEDIA_ROOT", "panelkit.plugin_media_root", service.settings());
+    if (mountDir.empty() || root.empty())
+        return;
+    if (root[0] != '/')
+        root.insert(root.begin(), '/');
+    service.serveFiles(root + "/", [mountDir](const std::string& rest, web::Response& response) {
+        const auto slash = rest.find('/', 1);
+        const std::string volume = slash == std::string::npos ? "" : rest.substr(1, slash - 1);
+        if (volume.empty() || volume == "." || volume == "..")
+            return false;
+        return web::FileServer(util::PluginManager::MediaFolder(mountDir, volume)).serve(rest.substr(slash), response);
+    });
+}
+
 // One pass: build the service, mount the trees, serve. True when the loop must run again.
 bool ServeOnce(int argc, char** argv)
 {
@@ -59,6 +79,7 @@ bool ServeOnce(int argc, char** argv)
         [](web::Service& s) { return std::unique_ptr<web::Application>(new apps::Panelkit(s)); },
         web::MountPoint(regex.str(), 1));
     service->redirectRoot("/" + sync + "/");
+    ServePluginMedia(*service);
 
     regex.str("");
     regex << "/" << service->settings().at("panelkit.root.async").asString() << "(.*)";

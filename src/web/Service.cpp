@@ -121,6 +121,11 @@ void Service::serveUnmounted(Request& request, Response& response)
         response.redirect(rootRedirect_);
         return;
     }
+    if (api_ == "http")
+        for (const auto& [prefix, handler] : fileHandlers_)
+            if (request.path().compare(0, prefix.size(), prefix) == 0 &&
+                handler(request.path().substr(prefix.size() - 1), response))
+                return;
     if (files_ && files_->serve(request.path(), response))
         return;
     response.errorPage(404, "No page at " + request.path());

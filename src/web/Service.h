@@ -7,9 +7,12 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace panelkit::web {
 
@@ -37,6 +40,10 @@ public:
     const Limits& limits() const { return limits_; }
     /// Sets the folder uploaded files are streamed into.
     void uploadDirectory(const std::string& directory) { limits_.uploadDirectory = directory; }
+    /// Answers a path that no mount point takes.
+    using FileHandler = std::function<bool(const std::string& rest, Response& response)>;
+    /// In "http" mode, lets a handler answer the unmounted paths below the prefix (given the rest of the path).
+    void serveFiles(const std::string& prefix, FileHandler handler) { fileHandlers_.emplace_back(prefix, std::move(handler)); }
     /// In "http" mode, answers "/" with a redirect to this location.
     void redirectRoot(const std::string& location) { rootRedirect_ = location; }
     /// The number of worker threads ("service.worker_threads", default 4).
@@ -60,6 +67,7 @@ private:
     std::string rootRedirect_;
     std::unique_ptr<ApplicationsPool> pool_;
     std::unique_ptr<FileServer> files_;
+    std::vector<std::pair<std::string, FileHandler>> fileHandlers_;
     std::mutex stopLock_;
     std::condition_variable stopSignal_;
     bool stopping_ = false;
