@@ -2,7 +2,9 @@
 #include "views/Base.h"
 
 #include "web/Application.h"
+#include "web/Error.h"
 #include "web/Html.h"
+#include "web/Log.h"
 #include "web/Request.h"
 #include "web/widgets/BaseWidget.h"
 
@@ -190,7 +192,13 @@ void Base::render_menus()
 
 void Base::render_menu(int level, const data::Menu& entry, const std::string& parentId)
 {
-    const std::string url = entry.Url(app_);
+    std::string url;
+    try {
+        url = entry.Url(app_);
+    } catch (const web::Error& e) {
+        // A plugin's entry for a page it failed to attach must not take every page down.
+        PK_WARNING() << "menu entry \"" << entry.GetText() << "\" has no page: " << e.what();
+    }
     const bool selected = !url.empty() && app_.request().path() == url;
     if (level == 0) {
         out_ << "<li><div class=\"nav\">";

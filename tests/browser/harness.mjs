@@ -56,7 +56,8 @@ async function waitForPort(port, child, timeoutMs) {
 
 // Starts panelkit against a fresh device root; files maps device paths to contents written first.
 // The media tree is a copy of the build's, with the rendered layout fixtures in "/fixtures".
-export async function startDevice({ files = {}, config = {} } = {}) {
+// With examplePlugin, the example plugin is installed on a volume of the device's MOUNT_DIR.
+export async function startDevice({ files = {}, config = {}, examplePlugin = false } = {}) {
   const work = fs.mkdtempSync(path.join(os.tmpdir(), "panelkit-browser-"));
   const root = path.join(work, "device");
   fs.mkdirSync(path.join(root, "tmp"), { recursive: true });
@@ -71,17 +72,34 @@ export async function startDevice({ files = {}, config = {} } = {}) {
   execFileSync(process.env.PANELKIT_RENDER_FIXTURE || path.join(buildDir, "tests", "render_fixture"),
     [path.join(media, "fixtures")]);
 
+  const env = { ...process.env, PANELKIT_DEVICE_ROOT: root };
+  if (examplePlugin) {
+    const mountDir = path.join(root, "mnt", "apps");
+    fs.mkdirSync(path.join(root, "var", "lib", "pardb"), { recursive: true });
+    execFileSync(path.join(repo, "sim", "install-plugin"), [mountDir, "example",
+      path.join(buildDir, "plugins", "example", "example-panelkit-plugin.so"), path.join(repo, "plugins", "example")]);
+    env.MOUNT_DIR = mountDir;
+  } else {
+    delete env.MOUNT_DIR;
+  }
+
   const port = await freePort();
   const settings = {
     service: { api: "http", ip: "127.0.0.1", port, worker_threads: 2 },
     file_server: { enable: true, document_root: media },
     logging: { level: "debug", stderr: true },
-    panelkit: { root: { sync: "config", async: "async", rpc: "rpc" }, device_root: root, media_root: "", ...config },
+    panelkit: {
+      root: { sync: "config", async: "async", rpc: "rpc" },
+      device_root: root,
+      media_root: "",
+      plugin_media_root: "/plugins",
+      ...config,
+    },
   };
   const configFile = path.join(work, "panelkit.json");
   fs.writeFileSync(configFile, JSON.stringify(settings));
   const log = fs.openSync(path.join(work, "panelkit.log"), "a");
-  const child = spawn(binary, ["-c", configFile], { stdio: ["ignore", log, log] });
+  const child = spawn(binary, ["-c", configFile], { stdio: ["ignore", log, log], env });
   await waitForPort(port, child, 20000);
   return {
     url: `http://127.0.0.1:${port}`,
