@@ -1,20 +1,108 @@
 // panelkit apps: the JSON-RPC status service the page scripts poll.
 #include "apps/JsonRpc.h"
 
+#include "util/DevicePath.h"
+#include "util/Pardb.h"
 #include "util/Util.h"
+#include "web/Log.h"
 #include "web/Service.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace panelkit::apps {
 
 JsonRpc::JsonRpc(web::Service& service) : web::JsonRpcServer(service)
 {
+    bind("fw_upgrade_status", &JsonRpc::FirmwareUpgradeStatus, this);
+    bind("general_dynamic_status", &JsonRpc::GeneralStatus, this);
+    bind("ethernet1_status", &JsonRpc::Ethernet1Status, this);
+    bind("tail_syslog", &JsonRpc::TailSyslog, this);
+    bind("dns_server_status", &JsonRpc::DnsServerStatus, this);
     bind("reload", &JsonRpc::Reload, this);
+    bind("prepare_fw_upgrade", &JsonRpc::PrepareFWUpgrade, this);
+}
+
+std::string JsonRpc::BoardTemperature(const std::string& reading)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f degrees Celsius\n", static_cast<float>(std::atoi(reading.c_str())) / 1000.0f);
+    return text;
+}
+
+void JsonRpc::GeneralStatus()
+{
+    Json::Value result(Json::objectValue);
+    result["date"] = util::ShellCommand("date", 4096);
+    result["uptime"] = util::ShellCommand("uptime", 4096);
+    result["top"] = util::ShellCommand("top -b -n1", 4096);
+    result["processStatus"] = util::ShellCommand("ps -ef", 10000);
+    result["boardTemp"] =
+        BoardTemperature(util::ShellCommand("cat " + util::DevicePath("/sys/class/hwmon/hwmon0/temp1_input"), 4096));
+    return_result(result);
+}
+
+void JsonRpc::Ethernet1Status()
+{
+    Json::Value result(Json::objectValue);
+    result["br1"] = util::ShellCommand("ifconfig br1", 4096);
+    result["brctl"] = util::ShellCommand("brctl show", 4096);
+    result["eth1"] = util::ShellCommand("ifconfig eth0", 4096);
+    result["ethtool"] = util::ShellCommand("ethtool eth0", 4096);
+    return_result(result);
+}
+
+void JsonRpc::TailSyslog()
+{
+    const char* log = util::Pardb::GetString("syslogd/persistent") == "yes" ? "/home/root/log/messages" : "/var/log/messages";
+    Json::Value result(Json::objectValue);
+    result["tail"] = util::ShellCommand("tail -n 30 " + util::DevicePath(log), 8096);
+    return_result(result);
+}
+
+void JsonRpc::DnsServerStatus()
+{
+    Json::Value result(Json::objectValue);
+    result["currentConf"] = util::ShellCommand("cat " + util::DevicePath("/etc/resolv.conf") + " 2>&1", 4096);
+    return_result(result);
 }
 
 void JsonRpc::Reload()
 {
     util::MarkForceReload(true);
     service().shutdown();
+}
+
+void JsonRpc::PrepareFWUpgrade()
+{
+    return_result(std::system("vigild --suspend deployer"));
+}
+
+void JsonRpc::FirmwareUpgradeStatus()
+{
+    const std::string path = util::DevicePath("/tmp/fwtool_status.txt");
+    std::string line;
+    const int fd = ::open(path.c_str(), O_RDONLY);
+    if (fd >= 0) {
+        // The tool rewrites the file under a write lock: read it whole or not at all.
+        struct flock lock {};
+        lock.l_type = F_RDLCK;
+        lock.l_whence = SEEK_SET;
+        ::fcntl(fd, F_SETLKW, &lock);
+        char buffer[100] = {};
+        const ssize_t got = ::read(fd, buffer, sizeof buffer - 1);
+        ::close(fd);
+        line.assign(buffer, got > 0 ? static_cast<std::size_t>(got) : 0);
+        line = line.substr(0, line.find('\n'));
+    }
+    if (!util::IsFirmareUpgradeInProgress() && (fd < 0 || line.find("done") == std::string::npos)) {
+        PK_ERROR() << "firmware upgrade failed";
+        return_result("{ 'state' : 'failed' }");
+        return;
+    }
+    return_result(line);
 }
 
 }  // namespace panelkit::apps

@@ -5,6 +5,10 @@
 
 #include <string>
 
+namespace panelkit::data {
+class Ethernet1;
+}
+
 namespace panelkit::apps {
 
 /// The pages of the Network menu below "/network".
@@ -14,6 +18,14 @@ public:
     explicit Network(web::Service& service);
     /// The JSON-RPC endpoint the status tabs post to.
     std::string StatusUrl() const;
+    /// The "Ethernet 1" page.
+    void Ethernet1();
+    /// The custom DNS servers page.
+    void DNSServer();
+    /// An Ethernet settings page, parameterised by its title and its five store keys.
+    void EthernetInternal(data::Ethernet1& content, const std::string& title, const std::string& modeKey,
+                          const std::string& ipKey, const std::string& netmaskKey, const std::string& gatewayKey,
+                          const std::string& speedKey);
 };
 
 }  // namespace panelkit::apps

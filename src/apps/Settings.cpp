@@ -2,6 +2,10 @@
 #include "apps/Settings.h"
 
 #include "apps/RoutePage.h"
+#include "data/General.h"
+#include "util/Binding.h"
+#include "util/DevicePath.h"
+#include "util/Util.h"
 #include "web/Settings.h"
 
 namespace panelkit::apps {
@@ -10,8 +14,9 @@ Settings::Settings(web::Service& service) : Base(service, "")
 {
     mapper().assign("/");
     dispatcher().assign("/?", [this] { General(); });
+    mapper().assign("general", "/general");
+    dispatcher().assign("/general", [this] { General(); });
     RoutePage::Bind(*this, {
-                               {"general", "/general", "/general", "General"},
                                {"firmware", "/firmware", "/firmware", "Firmware"},
                                {"firmware_upgrade_status", "/firmware_upgrade_status", "/firmware_upgrade_status",
                                 "Firmware Upgrade Status"},
@@ -31,7 +36,27 @@ Settings::Settings(web::Service& service) : Base(service, "")
 
 void Settings::General()
 {
-    RoutePage::Render(*this, "General Device Configuration", "general");
+    data::General content;
+    forms::General& form = content.form;
+    Prepare(content);
+    content.title = "General Device Configuration";
+    content.assembly_serial_number = util::SystemAssemblySN();
+    content.device_id = util::SystemDeviceID();
+    content.refresh_interval = 1000;
+    content.status_url = StatusUrl();
+    const std::vector<util::Binding> bindings = {util::Bindings::Text(form.deviceName, "net/hostname"),
+                                                 util::Bindings::Select(form.language, "language")};
+    if (HttpPost()) {
+        if (!ValidateForm(form))
+            content.message = data::Message::ValidationError();
+        else
+            content.message = util::Bindings::Save(bindings) ? data::Message::SaveOK() : data::Message::SaveError();
+    } else if (HttpGet()) {
+        util::Bindings::Load(bindings);
+    }
+    content.sections.emplace_back("Uname", util::ShellCommand("uname -a", 4096));
+    content.sections.emplace_back("Version Info", util::ShellCommand("cat " + util::DevicePath("/etc/version"), 4096));
+    render("General", content);
 }
 
 std::string Settings::StatusUrl() const

@@ -59,11 +59,15 @@ public:
     std::string csrf_token;
 };
 
-/// The content of a page with tabs.
+/// The content of a page with tabs, whose status tab polls the JSON-RPC endpoint.
 class BaseTabbed : public Base {
 public:
     /// Zero-based index of the tab opened first.
     std::int32_t selected_tab = 0;
+    /// Milliseconds between status polls.
+    unsigned refresh_interval = 1000;
+    /// The JSON-RPC endpoint the status tab posts to.
+    std::string status_url;
 };
 
 }  // namespace panelkit::data

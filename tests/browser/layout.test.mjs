@@ -20,14 +20,14 @@ test("a page renders with its menus and title", async () => {
   try {
     const page = await openPage(browser);
     await page.goto(`${device.url}/config/network/ethernet1`);
-    assert.equal(await page.textContent("#config_page_title"), "Ethernet 1");
+    assert.equal(await page.textContent("#config_page_title"), "Ethernet 1 Configuration");
     assert.deepEqual(await page.locator("div.nav").allTextContents(), ["Network", "Settings"]);
     assert.equal(await page.locator("ul.nav2 li a").count(), 15);
     assert.match(await page.getAttribute("#menu_Ethernet_1", "href"), /\/config\/network\/ethernet1$/);
     assert.equal(await page.locator("li.selected > #menu_Ethernet_1").count(), 1);
     await page.click("#menu_DNS_Server");
     await page.waitForURL(/dns_server$/);
-    assert.equal(await page.textContent("#config_page_title"), "DNS Server");
+    assert.equal(await page.textContent("#config_page_title"), "Custom DNS Servers");
     assert.deepEqual(page.problems, []);
   } finally {
     await device.stop();

@@ -11,6 +11,16 @@ using namespace panelkit::test;
 
 namespace {
 
+// Every page view hands out a fresh form token; everything else must match.
+std::string WithoutFormToken(std::string body)
+{
+    const std::string field = "name=\"_csrf\" value=\"";
+    const auto at = body.find(field);
+    if (at != std::string::npos)
+        body.erase(at + field.size(), body.find('"', at + field.size()) - at - field.size());
+    return body;
+}
+
 class BehindLighttpd : public ::testing::Test {
 protected:
     void SetUp() override
@@ -29,13 +39,13 @@ protected:
 
 TEST_F(BehindLighttpd, PagesAreIdenticalThroughBothFrontEnds)
 {
-    for (const std::string path : {"/config/", "/config/network/ethernet1", "/config/settings/a/b/c",
+    for (const std::string path : {"/config/", "/config/network/dns_server", "/config/settings/a/b/c",
                                    "/config/network/ethernet1/extra", "/config/settings/about/pkg-1.0/COPYING",
                                    "/config/settings/about/-pkg/COPYING", "/config/service/assemblysn"}) {
         const HttpReply direct = Get(http_.port(), path);
         const HttpReply proxied = Get(lighttpd_->port(), path);
         EXPECT_EQ(direct.status, proxied.status) << path;
-        EXPECT_EQ(direct.body, proxied.body) << path;
+        EXPECT_EQ(WithoutFormToken(direct.body), WithoutFormToken(proxied.body)) << path;
         EXPECT_EQ(direct.header("Content-Type"), proxied.header("Content-Type")) << path;
     }
 }
@@ -48,7 +58,7 @@ TEST_F(BehindLighttpd, FormValuesAndQueriesArriveThroughFastCgi)
                                  "_csrf=" + form.token + "&a=1&b=%20x", "application/x-www-form-urlencoded",
                                  form.headers());
     EXPECT_EQ(200, reply.status);
-    EXPECT_NE(std::string::npos, reply.body.find(">Ethernet 1</h2>"));
+    EXPECT_NE(std::string::npos, reply.body.find(">Ethernet 1 Configuration</h2>"));
 }
 
 TEST_F(BehindLighttpd, JsonRpcReloadRebuildsTheServiceBehindLighttpd)

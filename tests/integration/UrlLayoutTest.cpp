@@ -41,7 +41,7 @@ TEST_F(UrlLayout, EthernetPageIsServedByTheNetworkController)
 {
     const HttpReply reply = Get(server_->port(), "/config/network/ethernet1");
     EXPECT_EQ(200, reply.status);
-    EXPECT_NE(std::string::npos, reply.body.find("id=\"config_page_title\">Ethernet 1</h2>"));
+    EXPECT_NE(std::string::npos, reply.body.find("id=\"config_page_title\">Ethernet 1 Configuration</h2>"));
     EXPECT_NE(std::string::npos, reply.body.find("/config/network/ethernet1"));
 }
 

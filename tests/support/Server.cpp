@@ -9,6 +9,7 @@
 #include <csignal>
 #include <fstream>
 #include <thread>
+#include <unistd.h>
 
 namespace panelkit::test {
 
@@ -66,6 +67,56 @@ bool Server::waitReady(int timeoutMs)
 void Server::writeDeviceFile(const std::string& path, const std::string& content, bool executable) const
 {
     work_.write("device" + path, content, executable);
+}
+
+namespace {
+
+// Runs a tool of the build, its output in the work folder; the exit status and the output.
+std::pair<int, std::string> RunTool(const TempDir& work, const std::vector<std::string>& args)
+{
+    const std::string out = work / "tool.out";
+    ::unlink(out.c_str());
+    Process process(args, out);
+    const int status = process.wait(60000);
+    return {status, ReadFile(out)};
+}
+
+std::string BuildDir()
+{
+    const std::string binary = PANELKIT_BINARY;
+    return binary.substr(0, binary.rfind('/'));
+}
+
+}  // namespace
+
+bool Server::simulateDevice()
+{
+    Poco::File(work_ / "device").remove(true);
+    const std::string build = BuildDir();
+    const auto made = RunTool(work_, {"/usr/bin/env", "PANELKIT_BUILD_DIR=" + build, PANELKIT_SOURCE_DIR "/sim/init-device",
+                                      work_ / "device"});
+    return made.first == 0;
+}
+
+std::string Server::storeGet(const std::string& key) const
+{
+    const auto got = RunTool(work_, {PANELKIT_PARDB, "--root", work_ / "device", "get", key});
+    if (got.first != 0)
+        return "<missing>";
+    return got.second.substr(0, got.second.size() - 1);
+}
+
+bool Server::storeSet(const std::string& key, const std::string& value, const std::string& type) const
+{
+    std::vector<std::string> args{PANELKIT_PARDB, "--root", work_ / "device", "set", key, value};
+    if (!type.empty())
+        args.push_back(type);
+    return RunTool(work_, args).first == 0;
+}
+
+bool Server::rebootMarked() const
+{
+    return work_.exists("device/tmp/panelkit_reboot_flag");
 }
 
 std::string Server::log() const

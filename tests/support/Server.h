@@ -40,6 +40,14 @@ public:
     std::string devicePath(const std::string& path) const { return work_ / ("device" + path); }
     /// Writes a file in the device root.
     void writeDeviceFile(const std::string& path, const std::string& content, bool executable = false) const;
+    /// Makes the device root a simulated device (folders, seeded store, stand-ins); call before start().
+    bool simulateDevice();
+    /// A value of the device's parameter store, read with the pardb tool; "<missing>" when it has none.
+    std::string storeGet(const std::string& key) const;
+    /// Writes a store value with the pardb tool ("--int" as type for an integer).
+    bool storeSet(const std::string& key, const std::string& value, const std::string& type = "") const;
+    /// Whether a save asked for a reboot: the flag file exists.
+    bool rebootMarked() const;
     /// Everything the process logged so far.
     std::string log() const;
     /// The log file's path.
