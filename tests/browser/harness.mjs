@@ -57,9 +57,13 @@ async function waitForPort(port, child, timeoutMs) {
 // Starts panelkit against a fresh device root; files maps device paths to contents written first.
 // The media tree is a copy of the build's, with the rendered layout fixtures in "/fixtures".
 // With examplePlugin, the example plugin is installed on a volume of the device's MOUNT_DIR.
-export async function startDevice({ files = {}, config = {}, examplePlugin = false } = {}) {
+// With simulated, the root is a whole simulated device: seeded store and stand-ins for its programs.
+export async function startDevice({ files = {}, config = {}, examplePlugin = false, simulated = false } = {}) {
   const work = fs.mkdtempSync(path.join(os.tmpdir(), "panelkit-browser-"));
   const root = path.join(work, "device");
+  if (simulated) {
+    execFileSync(path.join(repo, "sim", "init-device"), [root], { env: { ...process.env, PANELKIT_BUILD_DIR: buildDir } });
+  }
   fs.mkdirSync(path.join(root, "tmp"), { recursive: true });
   for (const [devicePath, content] of Object.entries(files)) {
     const target = path.join(root, devicePath);
@@ -105,6 +109,8 @@ export async function startDevice({ files = {}, config = {}, examplePlugin = fal
     url: `http://127.0.0.1:${port}`,
     root,
     log: () => fs.readFileSync(path.join(work, "panelkit.log"), "utf8"),
+    // A value of the device's parameter store, read with the pardb tool.
+    storeGet: (key) => execFileSync(path.join(buildDir, "pardb"), ["--root", root, "get", key], { encoding: "utf8" }).replace(/\n$/, ""),
     async stop() {
       if (child.exitCode === null) {
         const exited = new Promise((resolve) => child.once("exit", resolve));
