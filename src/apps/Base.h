@@ -43,6 +43,8 @@ public:
     bool UsingInternalServer();
     /// The application volume name.
     const std::string& GetAppVolumeName() const { return name_; }
+    /// The JSON-RPC endpoint the status tabs post to: "/" async root "/" rpc root (throws when unset).
+    std::string StatusUrl() const;
     /// Renders the named view of the skin with the content as the response body.
     void render(const std::string& view, data::Base& content);
 

@@ -65,11 +65,6 @@ Network::Network(web::Service& service) : Base(service, "")
                            });
 }
 
-std::string Network::StatusUrl() const
-{
-    return "/" + settings().at("panelkit.root.async").asString() + "/" + settings().at("panelkit.root.rpc").asString();
-}
-
 void Network::Ethernet1()
 {
     data::Ethernet1 content;

@@ -16,8 +16,6 @@ class Network : public Base {
 public:
     /// Registers the ten routes and their mapper names.
     explicit Network(web::Service& service);
-    /// The JSON-RPC endpoint the status tabs post to.
-    std::string StatusUrl() const;
     /// The "Ethernet 1" page.
     void Ethernet1();
     /// The custom DNS servers page.

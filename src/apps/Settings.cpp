@@ -59,9 +59,4 @@ void Settings::General()
     render("General", content);
 }
 
-std::string Settings::StatusUrl() const
-{
-    return "/" + settings().at("panelkit.root.async").asString() + "/" + settings().at("panelkit.root.rpc").asString();
-}
-
 }  // namespace panelkit::apps

@@ -14,8 +14,6 @@ public:
     explicit Settings(web::Service& service);
     /// The General page (also the page of the bare configuration root).
     void General();
-    /// The JSON-RPC endpoint the status tabs post to.
-    std::string StatusUrl() const;
 };
 
 }  // namespace panelkit::apps

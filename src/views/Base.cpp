@@ -17,9 +17,13 @@ namespace {
 // JSON inside a script element must not be able to close it.
 std::string ScriptSafeJson(const Json::Value& value)
 {
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "";
-    std::string json = Json::writeString(writer, value);
+    // Built once: making a builder sets up all its defaults, and writing through it is read-only.
+    static const Json::StreamWriterBuilder writer = [] {
+        Json::StreamWriterBuilder builder;
+        builder["indentation"] = "";
+        return builder;
+    }();
+    const std::string json = Json::writeString(writer, value);
     std::string safe;
     safe.reserve(json.size());
     for (char c : json) {
@@ -44,7 +48,7 @@ Base::Base(std::ostream& out, data::Base& content, const web::Application& app)
 
 void Base::Esc(const std::string& text)
 {
-    out_ << web::Html::Escape(text);
+    out_ << web::Html::Escaped{text};
 }
 
 void Base::WriteRaw(const std::string& html)
@@ -62,11 +66,14 @@ void Base::AddScript(const std::string& path)
     scriptFiles_.push_back(MediaUrl(path));
 }
 
-std::string Base::MediaUrl(const std::string& path) const
+std::string Base::MediaUrl(const std::string& path)
 {
-    std::string revision;
-    Poco::URI::encode(content_.build_date, "&?#+", revision);
-    return content_.media_root + path + "?rev=" + web::Html::Escape(revision);
+    if (revision_.empty()) {
+        std::string encoded;
+        Poco::URI::encode(content_.build_date, "&?#+", encoded);
+        revision_ = "?rev=" + web::Html::Escape(encoded);
+    }
+    return content_.media_root + path + revision_;
 }
 
 void Base::render_input_and_error(const web::widgets::BaseWidget& widget)

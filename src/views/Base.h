@@ -63,7 +63,7 @@ protected:
     /// A widget's input, then the error span when the widget failed.
     void render_input_and_error(const web::widgets::BaseWidget& widget);
     /// A static file's URL: media root + path + the build stamp as revision.
-    std::string MediaUrl(const std::string& path) const;
+    std::string MediaUrl(const std::string& path);
 
     std::ostream& out_;
     data::Base& content_;
@@ -72,6 +72,7 @@ protected:
 private:
     Json::Value scriptData_{Json::objectValue};
     std::vector<std::string> scriptFiles_;
+    std::string revision_;  // the "?rev=" query of media links, made once per page
 };
 
 }  // namespace panelkit::views

@@ -26,27 +26,28 @@ const std::string* Mapper::find(const std::string& name) const
 std::string Mapper::Expand(const std::string& pattern, const std::vector<std::string>& params)
 {
     std::string out;
-    out.reserve(pattern.size());
-    for (std::size_t i = 0; i < pattern.size(); ++i) {
-        const auto close = pattern.find('}', i);
-        if (pattern[i] != '{' || close == std::string::npos || close == i + 1) {
-            out.push_back(pattern[i]);
-            continue;
+    out.reserve(pattern.size() + 32);
+    std::size_t done = 0;
+    for (auto open = pattern.find('{'); open != std::string::npos; open = pattern.find('{', open + 1)) {
+        const auto close = pattern.find('}', open);
+        if (close == std::string::npos)
+            break;
+        std::size_t index = 0;
+        bool numeric = close > open + 1;
+        for (auto i = open + 1; numeric && i < close; ++i) {
+            numeric = std::isdigit(static_cast<unsigned char>(pattern[i])) != 0;
+            index = index * 10 + static_cast<std::size_t>(pattern[i] - '0');
         }
-        const std::string digits = pattern.substr(i + 1, close - i - 1);
-        bool numeric = true;
-        for (char c : digits)
-            numeric = numeric && std::isdigit(static_cast<unsigned char>(c));
-        if (!numeric) {
-            out.push_back(pattern[i]);
+        if (!numeric)
             continue;
-        }
-        const std::size_t index = std::stoul(digits);
         if (index == 0 || index > params.size())
-            throw Error("URL pattern " + pattern + " needs parameter {" + digits + "}");
+            throw Error("URL pattern " + pattern + " needs parameter {" + pattern.substr(open + 1, close - open - 1) + "}");
+        out.append(pattern, done, open - done);
         out += params[index - 1];
-        i = close;
+        done = close + 1;
+        open = close;
     }
+    out.append(pattern, done, std::string::npos);
     return out;
 }
 

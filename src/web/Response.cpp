@@ -50,7 +50,7 @@ void Response::errorPage(int code, const std::string& message)
     status_ = code;
     const std::string title = std::to_string(code) + " " + Reason(code);
     out_ << "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>" << title << "</title></head><body><h1>"
-         << title << "</h1><p>" << Html::Escape(message) << "</p></body></html>\n";
+         << title << "</h1><p>" << Html::Escaped{message} << "</p></body></html>\n";
 }
 
 void Response::redirect(const std::string& location, int code)

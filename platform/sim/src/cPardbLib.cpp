@@ -39,11 +39,15 @@ bool FolderExists(const std::string& file)
     return slash != std::string::npos && ::stat(file.substr(0, slash).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-// A prepared statement finalised on every path.
+// A compiled statement in use: reset and unbound on every path, so that the next use starts clean.
 class Statement {
 public:
-    Statement(sqlite3* db, const char* sql) { sqlite3_prepare_v2(db, sql, -1, &statement_, nullptr); }
-    ~Statement() { sqlite3_finalize(statement_); }
+    explicit Statement(sqlite3_stmt* statement) : statement_(statement) {}
+    ~Statement()
+    {
+        sqlite3_reset(statement_);
+        sqlite3_clear_bindings(statement_);
+    }
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
     explicit operator bool() const { return statement_ != nullptr; }
@@ -71,7 +75,22 @@ cPardbLib::cPardbLib(PARDB_CLIENT_ID_T client) : client_(client), path_(StorePat
 
 cPardbLib::~cPardbLib()
 {
+    for (const auto& entry : compiled_)
+        sqlite3_finalize(entry.second);
     sqlite3_close_v2(db_);
+}
+
+sqlite3_stmt* cPardbLib::compiled(const char* sql)
+{
+    // Keyed by the address of the statement's text: every statement here is a literal.
+    auto found = compiled_.find(sql);
+    if (found != compiled_.end())
+        return found->second;
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v3(db_, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK)
+        return nullptr;
+    compiled_.emplace(sql, statement);
+    return statement;
 }
 
 int cPardbLib::fail(const std::string& message)
@@ -116,7 +135,7 @@ int cPardbLib::read(const std::string& key, std::string& value, PARDB_PAR_T& typ
 {
     if (!open())
         return kFailure;
-    Statement select(db_, "SELECT type, value FROM params WHERE key = ?1");
+    Statement select(compiled("SELECT type, value FROM params WHERE key = ?1"));
     if (!select)
         return fail(sqlite3_errmsg(db_));
     select.bind(1, key);
@@ -137,9 +156,9 @@ int cPardbLib::write(const std::string& key, PARDB_PAR_T type, const std::string
         return fail("an empty key cannot be stored");
     if (!open())
         return kFailure;
-    Statement upsert(db_, "INSERT INTO params (key, type, value) VALUES (?1, ?2, ?3) "
+    Statement upsert(compiled("INSERT INTO params (key, type, value) VALUES (?1, ?2, ?3) "
                           "ON CONFLICT(key) DO UPDATE SET type = excluded.type, value = excluded.value,"
-                          " content = NULL, mode = NULL");
+                          " content = NULL, mode = NULL"));
     if (!upsert)
         return fail(sqlite3_errmsg(db_));
     upsert.bind(1, key);
@@ -239,7 +258,7 @@ int cPardbLib::delPar(const char* key)
     if (!open())
         return kFailure;
     // Keys below "a/b" lie between "a/b/" and "a/b0" in byte order ('0' follows '/').
-    Statement remove(db_, "DELETE FROM params WHERE key = ?1 OR (key > ?1 || '/' AND key < ?1 || '0')");
+    Statement remove(compiled("DELETE FROM params WHERE key = ?1 OR (key > ?1 || '/' AND key < ?1 || '0')"));
     if (!remove)
         return fail(sqlite3_errmsg(db_));
     remove.bind(1, name);
@@ -261,7 +280,7 @@ int cPardbLib::addFile(const char* key, const char* path, unsigned mode)
     const std::string bytes = content.str();
     if (write(Normalise(key), PARDB_PAR_STRING, path) != 0)
         return kFailure;
-    Statement attach(db_, "UPDATE params SET content = ?2, mode = ?3 WHERE key = ?1");
+    Statement attach(compiled("UPDATE params SET content = ?2, mode = ?3 WHERE key = ?1"));
     if (!attach)
         return fail(sqlite3_errmsg(db_));
     attach.bind(1, Normalise(key));
@@ -281,9 +300,9 @@ int cPardbLib::getList(const char* prefix, int)
         name.pop_back();
     if (!open())
         return kFailure;
-    Statement select(db_, name.empty() ? "SELECT key FROM params ORDER BY key"
+    Statement select(compiled(name.empty() ? "SELECT key FROM params ORDER BY key"
                                        : "SELECT key FROM params WHERE key > ?1 || '/' AND key < ?1 || '0'"
-                                         " ORDER BY key");
+                                         " ORDER BY key"));
     if (!select)
         return fail(sqlite3_errmsg(db_));
     if (!name.empty())

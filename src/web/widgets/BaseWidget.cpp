@@ -14,9 +14,9 @@ bool BaseWidget::validate()
 void BaseWidget::renderCommonAttributes(std::ostream& out) const
 {
     if (!id_.empty())
-        out << " id=\"" << Html::Escape(id_) << "\"";
+        out << " id=\"" << Html::Escaped{id_} << "\"";
     if (!name_.empty())
-        out << " name=\"" << Html::Escape(name_) << "\"";
+        out << " name=\"" << Html::Escaped{name_} << "\"";
     if (disabled_)
         out << " disabled=\"disabled\"";
     if (readonly_)

@@ -24,7 +24,7 @@ void Checkbox::render_input(std::ostream& out) const
 {
     out << "<input type=\"checkbox\"";
     renderCommonAttributes(out);
-    out << " value=\"" << Html::Escape(identification_) << "\"";
+    out << " value=\"" << Html::Escaped{identification_} << "\"";
     if (value_)
         out << " checked=\"checked\"";
     out << " />";

@@ -54,7 +54,7 @@ public:
     {
         out << "<input type=\"text\"";
         renderCommonAttributes(out);
-        out << " value=\"" << Html::Escape(text_) << "\" />";
+        out << " value=\"" << Html::Escaped{text_} << "\" />";
     }
 
 private:

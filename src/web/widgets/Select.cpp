@@ -61,10 +61,10 @@ void Select::render_input(std::ostream& out) const
     renderCommonAttributes(out);
     out << ">";
     for (std::size_t i = 0; i < options_.size(); ++i) {
-        out << "<option value=\"" << Html::Escape(options_[i].id) << "\"";
+        out << "<option value=\"" << Html::Escaped{options_[i].id} << "\"";
         if (static_cast<int>(i) == selected_)
             out << " selected=\"selected\"";
-        out << ">" << Html::Escape(options_[i].label) << "</option>";
+        out << ">" << Html::Escaped{options_[i].label} << "</option>";
     }
     out << "</select>";
 }

@@ -60,10 +60,10 @@ void SelectMultiple::render_input(std::ostream& out) const
         out << " size=\"" << rows_ << "\"";
     out << ">";
     for (const auto& option : options_) {
-        out << "<option value=\"" << Html::Escape(option.id) << "\"";
+        out << "<option value=\"" << Html::Escaped{option.id} << "\"";
         if (option.selected)
             out << " selected=\"selected\"";
-        out << ">" << Html::Escape(option.label) << "</option>";
+        out << ">" << Html::Escaped{option.label} << "</option>";
     }
     out << "</select>";
 }

@@ -16,7 +16,7 @@ void Submit::render_input(std::ostream& out) const
 {
     out << "<input type=\"submit\"";
     renderCommonAttributes(out);
-    out << " value=\"" << Html::Escape(value_) << "\" />";
+    out << " value=\"" << Html::Escaped{value_} << "\" />";
 }
 
 }  // namespace panelkit::web::widgets

@@ -57,7 +57,7 @@ void Text::renderAs(std::ostream& out, const char* type, bool withValue) const
     out << "<input type=\"" << type << "\"";
     renderCommonAttributes(out);
     if (withValue)
-        out << " value=\"" << Html::Escape(value_) << "\"";
+        out << " value=\"" << Html::Escaped{value_} << "\"";
     out << " />";
 }
 

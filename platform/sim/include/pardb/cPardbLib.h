@@ -3,10 +3,12 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 /// Who opens the store (the web application is 3).
 enum PARDB_CLIENT_ID_T { PARDB_CLIENT_ID_DEFAULT = 0, PARDB_CLIENT_ID_WEB = 3 };
@@ -70,6 +72,8 @@ public:
 
 private:
     bool open();
+    /// The compiled form of one of this class's statements, made once per connection.
+    sqlite3_stmt* compiled(const char* sql);
     int fail(const std::string& message);
     int read(const std::string& key, std::string& value, PARDB_PAR_T& type);
     int write(const std::string& key, PARDB_PAR_T type, const std::string& value);
@@ -78,6 +82,7 @@ private:
     std::string path_;
     std::string error_;
     sqlite3* db_ = nullptr;
+    std::map<const char*, sqlite3_stmt*> compiled_;
     bool reported_ = false;
     std::vector<std::string> listing_;
     std::size_t next_ = 0;
