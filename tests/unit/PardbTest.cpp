@@ -9,6 +9,8 @@
 
 #include <Poco/File.h>
 
+#include <sqlite3.h>
+
 #include <cstdio>
 #include <fstream>
 #include <thread>
@@ -194,6 +196,54 @@ TEST_F(PardbStore, ManyThreadsWritingAndReadingLoseNothing)
         w.join();
     EXPECT_EQ(100u, Pardb::GetList("load").size());
     EXPECT_EQ(24, Pardb::GetInt("load/3/24"));
+}
+
+// Changes the store behind every client's back, as nothing of the device does.
+void WriteAroundTheClients(const std::string& path, const std::string& sql)
+{
+    sqlite3* db = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(path.c_str(), &db));
+    EXPECT_EQ(SQLITE_OK, sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr)) << sqlite3_errmsg(db);
+    sqlite3_close(db);
+}
+
+TEST_F(PardbStore, ReadsAreKeptUntilAClientWritesOrTheCacheIsFlushed)
+{
+    cPardbLib reader(PARDB_CLIENT_ID_WEB);
+    cPardbLib writer(PARDB_CLIENT_ID_DEFAULT);
+    std::string value;
+    ASSERT_EQ(0, writer.setPar("net/lan_dns1", std::string("8.8.8.8")));
+    ASSERT_EQ(0, reader.getPar("net/lan_dns1", value));
+    ASSERT_NE(0, reader.getPar("net/lan_dns2", value));
+
+    WriteAroundTheClients(reader.path(), "UPDATE params SET value = '1.1.1.1' WHERE key = 'net/lan_dns1';"
+                                         "INSERT INTO params (key, type, value) VALUES ('net/lan_dns2', 2, 'x')");
+    ASSERT_EQ(0, reader.getPar("net/lan_dns1", value));
+    EXPECT_EQ("8.8.8.8", value) << "a repeated read is answered from the cache";
+    EXPECT_NE(0, reader.getPar("net/lan_dns2", value)) << "a missing key is remembered as missing";
+    EXPECT_EQ("no parameter net/lan_dns2", reader.lastError());
+
+    reader.FlushReadCache();
+    ASSERT_EQ(0, reader.getPar("net/lan_dns1", value));
+    EXPECT_EQ("1.1.1.1", value);
+
+    WriteAroundTheClients(reader.path(), "UPDATE params SET value = '2.2.2.2' WHERE key = 'net/lan_dns1'");
+    ASSERT_EQ(0, writer.setPar("unrelated/key", 1));
+    ASSERT_EQ(0, reader.getPar("net/lan_dns1", value));
+    EXPECT_EQ("2.2.2.2", value) << "any client's write makes every client read again";
+    ASSERT_EQ(0, reader.getPar("net/lan_dns2", value));
+    EXPECT_EQ("x", value);
+}
+
+TEST_F(PardbStore, ADeletionIsSeenByTheOtherClients)
+{
+    cPardbLib reader(PARDB_CLIENT_ID_WEB);
+    cPardbLib writer(PARDB_CLIENT_ID_DEFAULT);
+    std::string value;
+    ASSERT_EQ(0, writer.setPar("net/portfwd/tcp/00080/d_ip", std::string("10.0.0.2")));
+    ASSERT_EQ(0, reader.getPar("net/portfwd/tcp/00080/d_ip", value));
+    ASSERT_EQ(0, writer.delPar("net/portfwd/tcp"));
+    EXPECT_NE(0, reader.getPar("net/portfwd/tcp/00080/d_ip", value));
 }
 
 // The client is created once per process, so these two open their own connection.

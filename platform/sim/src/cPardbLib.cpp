@@ -2,6 +2,8 @@
 // database under the device root, shared safely by every process of that device.
 #include "pardb/cPardbLib.h"
 
+#include "StoreGeneration.h"
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -18,6 +20,8 @@
 namespace {
 
 constexpr int kFailure = -1;
+// Pages read a few dozen keys; past this many the cache starts again rather than grow.
+constexpr std::size_t kMostCachedReads = 4096;
 
 std::string Normalise(const char* key)
 {
@@ -69,7 +73,8 @@ private:
 
 }  // namespace
 
-cPardbLib::cPardbLib(PARDB_CLIENT_ID_T client) : client_(client), path_(StorePath())
+cPardbLib::cPardbLib(PARDB_CLIENT_ID_T client)
+    : client_(client), path_(StorePath()), generation_(std::make_unique<StoreGeneration>())
 {
 }
 
@@ -128,24 +133,66 @@ bool cPardbLib::open()
         db_ = nullptr;
         return false;
     }
+    // Without the counter every read goes to the database, which is always right, only slower.
+    generation_->Open(path_ + "-generation");
     return true;
+}
+
+const cPardbLib::CachedRead* cPardbLib::cached(const std::string& key)
+{
+    if (!generation_->IsOpen())
+        return nullptr;
+    // Loaded before the database is asked, so a change committed meanwhile is never cached
+    // under the count it missed.
+    const std::uint32_t now = generation_->Current();
+    if (now != readsGeneration_) {
+        reads_.clear();
+        readsGeneration_ = now;
+    }
+    const auto found = reads_.find(key);
+    return found == reads_.end() ? nullptr : &found->second;
+}
+
+void cPardbLib::remember(const std::string& key, CachedRead read)
+{
+    if (!generation_->IsOpen())
+        return;
+    if (reads_.size() >= kMostCachedReads)
+        reads_.clear();
+    reads_.emplace(key, std::move(read));
+}
+
+void cPardbLib::changed()
+{
+    generation_->Advance();
 }
 
 int cPardbLib::read(const std::string& key, std::string& value, PARDB_PAR_T& type)
 {
     if (!open())
         return kFailure;
+    if (const CachedRead* hit = cached(key)) {
+        if (!hit->found)
+            return fail(hit->error);
+        type = hit->type;
+        value = hit->value;
+        error_.clear();
+        return 0;
+    }
     Statement select(compiled("SELECT type, value FROM params WHERE key = ?1"));
     if (!select)
         return fail(sqlite3_errmsg(db_));
     select.bind(1, key);
     const int step = sqlite3_step(select.get());
-    if (step == SQLITE_DONE)
+    if (step == SQLITE_DONE) {
+        remember(key, {false, PARDB_PAR_UNKNOWN, "", "no parameter " + key});
         return fail("no parameter " + key);
+    }
     if (step != SQLITE_ROW)
         return fail(sqlite3_errmsg(db_));
     type = static_cast<PARDB_PAR_T>(sqlite3_column_int(select.get(), 0));
     value = select.text(1);
+    remember(key, {true, type, value, ""});
     error_.clear();
     return 0;
 }
@@ -166,6 +213,7 @@ int cPardbLib::write(const std::string& key, PARDB_PAR_T type, const std::string
     upsert.bind(3, value);
     if (sqlite3_step(upsert.get()) != SQLITE_DONE)
         return fail(sqlite3_errmsg(db_));
+    changed();
     error_.clear();
     return 0;
 }
@@ -266,6 +314,7 @@ int cPardbLib::delPar(const char* key)
         return fail(sqlite3_errmsg(db_));
     if (sqlite3_changes(db_) == 0)
         return fail("no parameter " + name);
+    changed();
     error_.clear();
     return 0;
 }
@@ -328,4 +377,5 @@ int cPardbLib::getNext(char* name, int)
 
 void cPardbLib::FlushReadCache()
 {
+    reads_.clear();
 }

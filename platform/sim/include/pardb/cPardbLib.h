@@ -3,12 +3,16 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
+class StoreGeneration;
 
 /// Who opens the store (the web application is 3).
 enum PARDB_CLIENT_ID_T { PARDB_CLIENT_ID_DEFAULT = 0, PARDB_CLIENT_ID_WEB = 3 };
@@ -59,8 +63,8 @@ public:
     int getList(const char* prefix, int flags);
     /// Copies the next listed name into a PARDB_MAX_NAME buffer; non-zero at the end.
     int getNext(char* name, int flags);
-    /// Forgets cached reads. Nothing is cached: every read asks the database, so values
-    /// written by other processes are always seen.
+    /// Forgets cached reads. Reads are kept until any process of the device writes the store,
+    /// so values written elsewhere are seen on the next read even without this.
     void FlushReadCache();
 
     /// The client this instance was opened for.
@@ -71,12 +75,25 @@ public:
     const std::string& lastError() const { return error_; }
 
 private:
+    /// What one read gave: the value and type, or the error of a key that is not there.
+    struct CachedRead {
+        bool found = false;
+        PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
+        std::string value;
+        std::string error;
+    };
+
     bool open();
     /// The compiled form of one of this class's statements, made once per connection.
     sqlite3_stmt* compiled(const char* sql);
     int fail(const std::string& message);
     int read(const std::string& key, std::string& value, PARDB_PAR_T& type);
     int write(const std::string& key, PARDB_PAR_T type, const std::string& value);
+    /// The cached outcome of reading the key, or null; forgets everything once the store changed.
+    const CachedRead* cached(const std::string& key);
+    void remember(const std::string& key, CachedRead read);
+    /// Tells every process of the device that the store changed.
+    void changed();
 
     PARDB_CLIENT_ID_T client_;
     std::string path_;
@@ -84,6 +101,9 @@ private:
     sqlite3* db_ = nullptr;
     std::map<const char*, sqlite3_stmt*> compiled_;
     bool reported_ = false;
+    std::unique_ptr<StoreGeneration> generation_;
+    std::unordered_map<std::string, CachedRead> reads_;
+    std::uint32_t readsGeneration_ = 0;
     std::vector<std::string> listing_;
     std::size_t next_ = 0;
 };
