@@ -116,7 +116,17 @@ void Send(const Response& reply, FCGX_Stream* out)
         FCGX_PutStr(chunk, static_cast<int>(file.gcount()), out);
 }
 
-void Serve(Service& service, FCGX_Request& in)
+// Reads what the web server sent after the body (the end of the input); true when all of it was read.
+bool Drain(FCGX_Stream* in)
+{
+    char rest[512];
+    while (FCGX_GetStr(rest, sizeof rest, in) > 0) {
+    }
+    return FCGX_HasSeenEOF(in) == EOF;
+}
+
+// Answers one request; true when its whole input was read.
+bool Serve(Service& service, FCGX_Request& in)
 {
     Request request;
     Response reply;
@@ -138,10 +148,13 @@ void Serve(Service& service, FCGX_Request& in)
     if (status != 0) {
         PK_INFO() << "Refused " << request.method() << " " << request.path() << ": " << problem;
         reply.errorPage(status, problem);
-    } else {
-        service.handle(request, reply);
+        Send(reply, in.out);
+        // What is left of a refused body is not read: the connection is closed lingering.
+        return false;
     }
+    service.handle(request, reply);
     Send(reply, in.out);
+    return Drain(in.in);
 }
 
 }  // namespace
@@ -225,12 +238,17 @@ void FastCgiFrontend::work()
             if (FCGX_Accept_r(&request) < 0)
                 continue;
         }
+        bool readAll = false;
         try {
-            Serve(service_, request);
+            readAll = Serve(service_, request);
         } catch (const std::exception& e) {
             // Only a broken connection gets here; the service itself answers page failures.
             PK_ERROR() << "FastCGI: request failed: " << e.what();
         }
+        // With nothing left unread a plain close cannot reset the connection, so the worker
+        // need not wait for the web server to close its end first (libfcgi's lingering close).
+        if (readAll)
+            FCGX_Detach(&request);
         FCGX_Finish_r(&request);
     }
     FCGX_Free(&request, 1);

@@ -61,6 +61,24 @@ TEST_F(BehindLighttpd, FormValuesAndQueriesArriveThroughFastCgi)
     EXPECT_NE(std::string::npos, reply.body.find(">Ethernet 1 Configuration</h2>"));
 }
 
+TEST_F(BehindLighttpd, RequestsWithAndWithoutBodiesFollowingEachOtherAreAllAnswered)
+{
+    // Each exchange closes its FastCGI connection at once; none may cut off the next.
+    const FormToken form = OpenForm(lighttpd_->port(), "/config/network/dns_server");
+    ASSERT_FALSE(form.token.empty());
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_EQ(200, Get(lighttpd_->port(), "/config/network/dns_server").status) << "GET " << i;
+        const HttpReply saved = Http(lighttpd_->port(), "POST", "/config/network/dns_server",
+                                     "_csrf=" + form.token + "&dnsServer0=10.0.0." + std::to_string(i),
+                                     "application/x-www-form-urlencoded", form.headers());
+        EXPECT_EQ(200, saved.status) << "POST " << i;
+        EXPECT_NE(std::string::npos, saved.body.find("value=\"10.0.0." + std::to_string(i) + "\"")) << "POST " << i;
+        const HttpReply refused = Http(lighttpd_->port(), "POST", "/async/rpc", "{\"method\":", "application/json");
+        EXPECT_EQ(400, refused.status) << "broken JSON " << i;
+        EXPECT_NE(std::string::npos, refused.body.find("not a JSON object")) << refused.body;
+    }
+}
+
 TEST_F(BehindLighttpd, JsonRpcReloadRebuildsTheServiceBehindLighttpd)
 {
     const int pid = fastcgi_.process().pid();
