@@ -1,4 +1,5 @@
-// panelkit web layer: the internal HTTP server front end (POCO's HTTPServer).
+// panelkit web layer: the internal HTTP server front end: HTTP/1.1 with keep-alive on POCO's TCP
+// server, reading requests through POCO's HTTP message and stream classes.
 #include "web/HttpFrontend.h"
 
 #include "web/Log.h"
@@ -8,99 +9,286 @@
 #include "web/Service.h"
 
 #include <Poco/Exception.h>
-#include <Poco/Net/HTTPRequestHandler.h>
-#include <Poco/Net/HTTPRequestHandlerFactory.h>
-#include <Poco/Net/HTTPServer.h>
+#include <Poco/Net/HTTPChunkedStream.h>
+#include <Poco/Net/HTTPFixedLengthStream.h>
+#include <Poco/Net/HTTPHeaderStream.h>
+#include <Poco/Net/HTTPRequest.h>
 #include <Poco/Net/HTTPServerParams.h>
-#include <Poco/Net/HTTPServerRequest.h>
-#include <Poco/Net/HTTPServerResponse.h>
+#include <Poco/Net/HTTPServerSession.h>
+#include <Poco/Net/HTTPStream.h>
+#include <Poco/Net/NetException.h>
 #include <Poco/Net/ServerSocket.h>
+#include <Poco/Net/TCPServer.h>
+#include <Poco/Net/TCPServerConnection.h>
+#include <Poco/Net/TCPServerConnectionFactory.h>
 #include <Poco/ThreadPool.h>
 #include <Poco/URI.h>
 
-#include <sys/stat.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+#include <cerrno>
+#include <fstream>
+#include <mutex>
+#include <set>
 
 namespace panelkit::web {
 
 namespace {
 
-void Send(const Response& reply, Poco::Net::HTTPServerResponse& out)
+// An idle keep-alive connection holds a thread: it is given up after this long.
+const Poco::Timespan kKeepAlive(5, 0);
+// A request once started may pause this long between two packets of its body.
+const Poco::Timespan kBodyPause(30, 0);
+
+// The session's read buffer, with the look-ahead that tells a new request from a closed connection.
+class Session : public Poco::Net::HTTPServerSession {
+public:
+    using HTTPServerSession::HTTPServerSession;
+    using HTTPServerSession::peek;
+};
+
+// Writes every byte of the pieces in as few system calls as the socket allows; false when the
+// peer is gone or the send timed out.
+bool SendAll(Poco::Net::StreamSocket& socket, iovec* pieces, int count)
 {
-    out.setStatusAndReason(static_cast<Poco::Net::HTTPResponse::HTTPStatus>(reply.status()));
-    out.setContentType(reply.contentType());
-    for (const auto& header : reply.headers())
-        out.add(header.first, header.second);
-    if (reply.closesConnection())
-        out.setKeepAlive(false);
-    if (reply.file().empty()) {
-        out.sendBuffer(reply.body().data(), reply.body().size());
-        return;
+    while (count > 0) {
+        msghdr message{};
+        message.msg_iov = pieces;
+        message.msg_iovlen = static_cast<std::size_t>(count);
+        const ssize_t sent = ::sendmsg(socket.impl()->sockfd(), &message, MSG_NOSIGNAL);
+        if (sent < 0 && errno == EINTR)
+            continue;
+        if (sent <= 0)
+            return false;
+        auto left = static_cast<std::size_t>(sent);
+        for (; count > 0 && left >= pieces->iov_len; --count, ++pieces)
+            left -= pieces->iov_len;
+        if (count > 0) {
+            pieces->iov_base = static_cast<char*>(pieces->iov_base) + left;
+            pieces->iov_len -= left;
+        }
     }
-    struct stat info {};
-    if (::stat(reply.file().c_str(), &info) != 0) {
-        out.setStatusAndReason(Poco::Net::HTTPResponse::HTTP_NOT_FOUND);
-        out.setContentType("text/plain; charset=utf-8");
-        out.erase("Content-Disposition");
-        static const char missing[] = "404 Not Found\n";
-        out.sendBuffer(missing, sizeof missing - 1);
-        return;
-    }
-    out.sendFile(reply.file(), reply.contentType());
+    return true;
 }
 
-class Handler : public Poco::Net::HTTPRequestHandler {
-public:
-    explicit Handler(Service& service) : service_(service) {}
+bool SendAll(Poco::Net::StreamSocket& socket, const std::string& head, const char* body = nullptr,
+             std::size_t length = 0)
+{
+    iovec pieces[2] = {{const_cast<char*>(head.data()), head.size()}, {const_cast<char*>(body), length}};
+    return SendAll(socket, pieces, length ? 2 : 1);
+}
 
-    void handleRequest(Poco::Net::HTTPServerRequest& in, Poco::Net::HTTPServerResponse& out) override
+// The status line and headers of a reply whose body is `length` bytes long.
+std::string Head(const Response& reply, int status, const std::string& contentType, std::uint64_t length,
+                 bool keepAlive)
+{
+    std::string head;
+    head.reserve(512);
+    head.append("HTTP/1.1 ").append(std::to_string(status)).append(" ").append(Response::Reason(status));
+    head.append(keepAlive ? "\r\nConnection: Keep-Alive" : "\r\nConnection: close");
+    head.append("\r\nContent-Type: ").append(contentType);
+    for (const auto& header : reply.headers())
+        head.append("\r\n").append(header.first).append(": ").append(header.second);
+    head.append("\r\nContent-Length: ").append(std::to_string(length)).append("\r\n\r\n");
+    return head;
+}
+
+// Sends the reply in one write when it is held in memory, or its head and then the file.
+bool Send(Poco::Net::StreamSocket& socket, const Response& reply, bool keepAlive, bool withBody)
+{
+    if (reply.file().empty()) {
+        const std::string head = Head(reply, reply.status(), reply.contentType(), reply.body().size(), keepAlive);
+        return SendAll(socket, head, withBody ? reply.body().data() : nullptr, withBody ? reply.body().size() : 0);
+    }
+    std::ifstream file(reply.file(), std::ios::binary | std::ios::ate);
+    if (!file) {
+        static const std::string missing = "404 Not Found\n";
+        Response none;
+        const std::string head = Head(none, 404, "text/plain; charset=utf-8", missing.size(), keepAlive);
+        return SendAll(socket, head, withBody ? missing.data() : nullptr, withBody ? missing.size() : 0);
+    }
+    const auto size = static_cast<std::uint64_t>(file.tellg());
+    file.seekg(0);
+    if (!SendAll(socket, Head(reply, reply.status(), reply.contentType(), size, keepAlive)))
+        return false;
+    if (!withBody)
+        return true;
+    char chunk[64 * 1024];
+    while (file.read(chunk, sizeof chunk), file.gcount() > 0) {
+        iovec piece{chunk, static_cast<std::size_t>(file.gcount())};
+        if (!SendAll(socket, &piece, 1))
+            return false;
+    }
+    return true;
+}
+
+// The body of the request as POCO's stream classes read it from the session.
+std::unique_ptr<std::istream> BodyOf(const Poco::Net::HTTPRequest& head, Session& session)
+{
+    if (head.getChunkedTransferEncoding())
+        return std::make_unique<Poco::Net::HTTPChunkedInputStream>(session);
+    if (head.hasContentLength())
+        return std::make_unique<Poco::Net::HTTPFixedLengthInputStream>(session, head.getContentLength64());
+    const std::string& method = head.getMethod();
+    if (method == "GET" || method == "HEAD" || method == "DELETE")
+        return std::make_unique<Poco::Net::HTTPFixedLengthInputStream>(session, 0);
+    // No length and not chunked: the body ends when the client closes its side.
+    return std::make_unique<Poco::Net::HTTPInputStream>(session);
+}
+
+bool HasBody(const Poco::Net::HTTPRequest& head)
+{
+    return head.getChunkedTransferEncoding() || (head.hasContentLength() && head.getContentLength64() > 0);
+}
+
+}  // namespace
+
+// The connections being served, so that stopping can end the idle ones at once and the busy ones
+// after their reply.
+class HttpFrontend::Connections {
+public:
+    /// Marks the socket as waiting for a request; false once the server is stopping.
+    bool Idle(Poco::Net::StreamSocket& socket)
     {
-        Request request;
-        Response reply;
-        std::string path;
-        std::string query;
+        std::lock_guard<std::mutex> guard(lock_);
+        if (stopping_)
+            return false;
+        idle_.insert(&socket);
+        return true;
+    }
+    /// Marks the socket as serving a request (or gone); false once the server is stopping.
+    bool Busy(Poco::Net::StreamSocket& socket)
+    {
+        std::lock_guard<std::mutex> guard(lock_);
+        idle_.erase(&socket);
+        return !stopping_;
+    }
+    /// Refuses new requests and ends the wait of every idle connection.
+    void Stop()
+    {
+        std::lock_guard<std::mutex> guard(lock_);
+        stopping_ = true;
+        for (auto* socket : idle_) {
+            try {
+                socket->shutdownReceive();
+            } catch (const Poco::Exception&) {
+                // Already closed by the peer.
+            }
+        }
+    }
+
+private:
+    std::mutex lock_;
+    bool stopping_ = false;
+    std::set<Poco::Net::StreamSocket*> idle_;
+};
+
+namespace {
+
+// One client connection: requests one after the other until either side closes it.
+class Connection : public Poco::Net::TCPServerConnection {
+public:
+    Connection(const Poco::Net::StreamSocket& socket, Service& service, HttpFrontend::Connections& connections,
+               const Poco::Net::HTTPServerParams::Ptr& params)
+        : TCPServerConnection(socket), service_(service), connections_(connections), params_(params)
+    {
+    }
+
+    void run() override
+    {
+        Poco::Net::StreamSocket& client = socket();
         try {
-            const Poco::URI uri(in.getURI());
-            path = uri.getPath();
-            query = uri.getRawQuery();
+            const std::string address = client.peerAddress().host().toString();
+            Session session(client, params_);
+            // After the session, which sets its own timeouts on the socket.
+            client.setNoDelay(true);
+            client.setReceiveTimeout(kKeepAlive);
+            client.setSendTimeout(kBodyPause);
+            while (connections_.Idle(client)) {
+                const bool more = session.peek() != std::char_traits<char>::eof();
+                if (!connections_.Busy(client) || !more || !serveOne(session, client, address))
+                    break;
+            }
+        } catch (const Poco::Exception&) {
+            // A client that went away or went quiet; nothing to answer.
+        }
+        connections_.Busy(client);
+    }
+
+private:
+    // Reads, answers and sends one request; false when the connection must close afterwards.
+    bool serveOne(Session& session, Poco::Net::StreamSocket& client, const std::string& address)
+    {
+        Poco::Net::HTTPRequest head;
+        Response reply;
+        try {
+            Poco::Net::HTTPHeaderInputStream headers(session);
+            head.read(headers);
+        } catch (const Poco::Net::NoMessageException&) {
+            return false;
+        } catch (const Poco::Net::MessageException& e) {
+            reply.errorPage(400, "Malformed request: " + e.message());
+            Send(client, reply, false, true);
+            return false;
+        }
+        Request request;
+        try {
+            const Poco::URI uri(head.getURI());
+            request.setHead(head.getMethod(), uri.getPath(), uri.getRawQuery(), address);
         } catch (const Poco::Exception& e) {
             reply.errorPage(400, "Malformed URL: " + e.message());
-            reply.closeConnection();
-            Send(reply, out);
-            return;
+            Send(client, reply, false, true);
+            return false;
         }
-        request.setHead(in.getMethod(), std::move(path), std::move(query), in.clientAddress().host().toString());
-        for (const auto& header : in)
+        for (const auto& header : head)
             request.mutableHeaders().add(header.first, header.second);
 
-        const std::int64_t length = in.hasContentLength() ? in.getContentLength64() : -1;
+        const bool hasBody = HasBody(head);
+        if (hasBody)
+            client.setReceiveTimeout(kBodyPause);
+        if (head.getExpectContinue())
+            SendAll(client, "HTTP/1.1 100 Continue\r\n\r\n");
+        const auto body = BodyOf(head, session);
+        const std::int64_t length = head.hasContentLength() ? head.getContentLength64() : -1;
         std::string problem;
-        const int status = RequestParser::Parse(request, in.stream(), length, service_.limits(), problem);
+        const int status = RequestParser::Parse(request, *body, length, service_.limits(), problem);
+        if (hasBody)
+            client.setReceiveTimeout(kKeepAlive);
         if (status != 0) {
-            PK_INFO() << "Refused " << in.getMethod() << " " << request.path() << ": " << problem;
+            PK_INFO() << "Refused " << head.getMethod() << " " << request.path() << ": " << problem;
             reply.errorPage(status, problem);
             // The rest of an unread body would be taken for the next request.
             reply.closeConnection();
         } else {
             service_.handle(request, reply);
         }
-        Send(reply, out);
+        const bool keepAlive = head.getKeepAlive() && !reply.closesConnection();
+        return Send(client, reply, keepAlive, head.getMethod() != "HEAD") && keepAlive;
     }
 
-private:
     Service& service_;
+    HttpFrontend::Connections& connections_;
+    Poco::Net::HTTPServerParams::Ptr params_;
 };
 
-class HandlerFactory : public Poco::Net::HTTPRequestHandlerFactory {
+class ConnectionFactory : public Poco::Net::TCPServerConnectionFactory {
 public:
-    explicit HandlerFactory(Service& service) : service_(service) {}
-
-    Poco::Net::HTTPRequestHandler* createRequestHandler(const Poco::Net::HTTPServerRequest&) override
+    ConnectionFactory(Service& service, HttpFrontend::Connections& connections)
+        : service_(service), connections_(connections), params_(new Poco::Net::HTTPServerParams)
     {
-        return new Handler(service_);
+        params_->setTimeout(kBodyPause);
+    }
+
+    Poco::Net::TCPServerConnection* createConnection(const Poco::Net::StreamSocket& socket) override
+    {
+        return new Connection(socket, service_, connections_, params_);
     }
 
 private:
     Service& service_;
+    HttpFrontend::Connections& connections_;
+    Poco::Net::HTTPServerParams::Ptr params_;
 };
 
 }  // namespace
@@ -123,21 +311,19 @@ void HttpFrontend::start()
     // threads than application workers; the applications pool bounds the latter.
     const int threads = settings.get("service.http_threads", std::max(16, 2 * service_.workerThreads()));
 
-    Poco::Net::ServerSocket socket;
-    socket.bind(Poco::Net::SocketAddress(ip, static_cast<Poco::UInt16>(port)), true);
-    socket.listen(64);
+    listener_ = std::make_unique<Poco::Net::ServerSocket>();
+    listener_->bind(Poco::Net::SocketAddress(ip, static_cast<Poco::UInt16>(port)), true);
+    listener_->listen(64);
 
-    auto* params = new Poco::Net::HTTPServerParams;
+    auto* params = new Poco::Net::TCPServerParams;
     params->setMaxThreads(threads);
     params->setMaxQueued(256);
-    params->setKeepAlive(true);
-    params->setKeepAliveTimeout(Poco::Timespan(5, 0));
-    params->setTimeout(Poco::Timespan(30, 0));
-    params->setServerName("panelkit");
 
     // Every thread is made at start: serving never creates one.
     threads_ = std::make_unique<Poco::ThreadPool>(threads, threads);
-    server_ = std::make_unique<Poco::Net::HTTPServer>(new HandlerFactory(service_), *threads_, socket, params);
+    connections_ = std::make_unique<Connections>();
+    server_ = std::make_unique<Poco::Net::TCPServer>(new ConnectionFactory(service_, *connections_), *threads_,
+                                                      *listener_, params);
     server_->start();
     PK_INFO() << "Serving HTTP on " << ip << ":" << port;
 }
@@ -146,11 +332,16 @@ void HttpFrontend::stop()
 {
     if (!server_)
         return;
-    // Connections finish the request they are serving, then close.
-    server_->stopAll(false);
+    // No new connections (a client knocking meanwhile is refused, not left in the backlog);
+    // idle ones end now, busy ones after the reply they are writing.
+    server_->stop();
+    listener_->close();
+    connections_->Stop();
     threads_->joinAll();
     server_.reset();
     threads_.reset();
+    connections_.reset();
+    listener_.reset();
 }
 
 }  // namespace panelkit::web

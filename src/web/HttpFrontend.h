@@ -1,4 +1,4 @@
-// panelkit web layer: the internal HTTP server front end (POCO's HTTPServer).
+// panelkit web layer: the internal HTTP server front end: HTTP/1.1 with keep-alive on POCO's TCP server.
 #pragma once
 
 #include "web/Frontend.h"
@@ -8,7 +8,8 @@
 namespace Poco {
 class ThreadPool;
 namespace Net {
-class HTTPServer;
+class ServerSocket;
+class TCPServer;
 }
 }  // namespace Poco
 
@@ -25,10 +26,14 @@ public:
     void start() override;
     void stop() override;
 
+    class Connections;
+
 private:
     Service& service_;
     std::unique_ptr<Poco::ThreadPool> threads_;
-    std::unique_ptr<Poco::Net::HTTPServer> server_;
+    std::unique_ptr<Poco::Net::ServerSocket> listener_;
+    std::unique_ptr<Connections> connections_;
+    std::unique_ptr<Poco::Net::TCPServer> server_;
 };
 
 }  // namespace panelkit::web
