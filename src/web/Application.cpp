@@ -52,6 +52,8 @@ void Application::attachChild(std::unique_ptr<Application> child, const std::str
     Application* target = child.get();
     dispatcher_.add(regex, {part}, [target](const std::vector<std::string>& groups) { target->main(groups[0]); });
     children_.push_back({std::move(child), name, urlPattern});
+    std::lock_guard<std::mutex> guard(linksLock_);
+    links_.clear();
 }
 
 const Application::Child* Application::child(const std::string& name) const
@@ -63,6 +65,22 @@ const Application::Child* Application::child(const std::string& name) const
 }
 
 std::string Application::url(const std::string& path, const std::vector<std::string>& params) const
+{
+    if (!params.empty())
+        return build(path, params);
+    {
+        std::lock_guard<std::mutex> guard(linksLock_);
+        const auto known = links_.find(path);
+        if (known != links_.end())
+            return known->second;
+    }
+    std::string link = build(path, params);
+    std::lock_guard<std::mutex> guard(linksLock_);
+    links_.emplace(path, link);
+    return link;
+}
+
+std::string Application::build(const std::string& path, const std::vector<std::string>& params) const
 {
     const Application* start = this;
     std::string rest = path;

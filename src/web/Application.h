@@ -4,7 +4,9 @@
 #include "web/Dispatcher.h"
 #include "web/Mapper.h"
 
+#include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -61,6 +63,7 @@ public:
 
     /// Builds a link: "/settings/reboot" from the top of the tree, "reboot" from this
     /// application; each segment names a child or, last, a mapper entry; params fill {1}...
+    /// Links without params are remembered: the tree is complete before the first request.
     std::string url(const std::string& path, const std::vector<std::string>& params = {}) const;
 
 protected:
@@ -80,6 +83,7 @@ private:
     std::string resolve(const std::vector<std::string>& segments, std::size_t index,
                         const std::vector<std::string>& params, const std::string& path) const;
     std::string absolute(const std::string& fragment) const;
+    std::string build(const std::string& path, const std::vector<std::string>& params) const;
 
     Service& service_;
     Dispatcher dispatcher_;
@@ -88,6 +92,9 @@ private:
     Application* parent_ = nullptr;
     std::string name_;
     std::string attachPattern_;
+    // Every page links to every menu entry; shared applications build links on several threads.
+    mutable std::mutex linksLock_;
+    mutable std::map<std::string, std::string> links_;
 };
 
 }  // namespace panelkit::web

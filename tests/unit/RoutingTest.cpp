@@ -145,6 +145,17 @@ TEST_F(Tree, UnknownNamesAreErrors)
     EXPECT_THROW(root_.url("/settings/reboot/extra"), Error);
 }
 
+TEST_F(Tree, RepeatedLinksComeOutTheSameAndAFailedOneIsNotRemembered)
+{
+    EXPECT_THROW(root_.url("/service/assemblysn"), Error);
+    EXPECT_EQ("/config/settings/reboot", root_.url("/settings/reboot"));
+    EXPECT_EQ("/config/settings/reboot", root_.url("/settings/reboot"));
+    auto& service = root_.attach(std::make_unique<Application>(service_), "service", "/service{1}", "/service(/.*)?", 1);
+    service.mapper().assign("assemblysn", "/assemblysn");
+    EXPECT_EQ("/config/service/assemblysn", root_.url("/service/assemblysn"));
+    EXPECT_EQ("/config/settings/reboot", root_.url("/settings/reboot"));
+}
+
 TEST_F(Tree, AttachedChildrenReceiveTheirPartOfTheUrl)
 {
     std::string seen;
