@@ -11,11 +11,9 @@
 
 #include <Poco/String.h>
 
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <fstream>
-#include <poll.h>
+#include <mutex>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace panelkit::web {
@@ -182,11 +180,7 @@ void FastCgiFrontend::start()
     listenFd_ = FCGX_OpenSocket(address.c_str(), 64);
     if (listenFd_ < 0)
         throw Error("FastCGI: cannot listen on " + address);
-    // Non-blocking, so that a connection another worker took first cannot leave a worker stuck in accept.
-    ::fcntl(listenFd_, F_SETFL, ::fcntl(listenFd_, F_GETFL) | O_NONBLOCK);
-    if (::pipe(wakeFds_) != 0)
-        throw Error(std::string("FastCGI: pipe: ") + std::strerror(errno));
-
+    stopping_ = false;
     for (int i = 0; i < service_.workerThreads(); ++i)
         workers_.emplace_back([this] { work(); });
     PK_INFO() << "Serving FastCGI on " << address;
@@ -196,34 +190,17 @@ void FastCgiFrontend::stop()
 {
     if (listenFd_ < 0)
         return;
-    // One byte wakes every worker: none reads it.
-    const char wake = 1;
-    if (::write(wakeFds_[1], &wake, 1) != 1)
-        PK_ERROR() << "FastCGI: cannot wake the workers: " << std::strerror(errno);
+    // Shutting the listening socket down ends every worker's accept (the kernel hands each
+    // connection to one waiting worker, so they need no lock of their own meanwhile).
+    stopping_ = true;
+    ::shutdown(listenFd_, SHUT_RDWR);
     for (auto& worker : workers_)
         worker.join();
     workers_.clear();
     ::close(listenFd_);
-    ::close(wakeFds_[0]);
-    ::close(wakeFds_[1]);
     listenFd_ = -1;
-    wakeFds_[0] = wakeFds_[1] = -1;
     if (!socketPath_.empty())
         ::unlink(socketPath_.c_str());
-}
-
-bool FastCgiFrontend::waitForConnection()
-{
-    pollfd fds[2] = {{listenFd_, POLLIN, 0}, {wakeFds_[0], POLLIN, 0}};
-    for (;;) {
-        const int ready = ::poll(fds, 2, -1);
-        if (ready < 0 && errno == EINTR)
-            continue;
-        if (ready < 0 || (fds[1].revents & POLLIN))
-            return false;
-        if (fds[0].revents & POLLIN)
-            return true;
-    }
 }
 
 void FastCgiFrontend::work()
@@ -231,12 +208,10 @@ void FastCgiFrontend::work()
     FCGX_Request request;
     FCGX_InitRequest(&request, listenFd_, 0);
     for (;;) {
-        {
-            std::lock_guard<std::mutex> lock(acceptLock_);
-            if (!waitForConnection())
+        if (FCGX_Accept_r(&request) < 0) {
+            if (stopping_)
                 break;
-            if (FCGX_Accept_r(&request) < 0)
-                continue;
+            continue;
         }
         bool readAll = false;
         try {

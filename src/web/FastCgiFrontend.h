@@ -3,7 +3,7 @@
 
 #include "web/Frontend.h"
 
-#include <mutex>
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,7 +13,7 @@ namespace panelkit::web {
 class Service;
 
 /// Listens on "service.socket" (a Unix socket path) or "service.ip":"service.port",
-/// with "service.worker_threads" threads accepting in turn.
+/// with "service.worker_threads" threads, each waiting in accept for the next connection.
 class FastCgiFrontend : public Frontend {
 public:
     /// A front end for the service.
@@ -24,13 +24,11 @@ public:
 
 private:
     void work();
-    bool waitForConnection();
 
     Service& service_;
     std::string socketPath_;
     int listenFd_ = -1;
-    int wakeFds_[2] = {-1, -1};
-    std::mutex acceptLock_;
+    std::atomic<bool> stopping_{false};
     std::vector<std::thread> workers_;
 };
 
