@@ -123,11 +123,11 @@ bool Drain(FCGX_Stream* in)
     return FCGX_HasSeenEOF(in) == EOF;
 }
 
-// Answers one request; true when its whole input was read.
-bool Serve(Service& service, FCGX_Request& in)
+// Builds the reply; false when the body was refused and left unread. The request, with the files
+// uploaded for it, is gone when this returns: before the web server can pass the reply on.
+bool Answer(Service& service, FCGX_Request& in, Response& reply)
 {
     Request request;
-    Response reply;
     request.setHead(Param(in, "REQUEST_METHOD"), Param(in, "SCRIPT_NAME") + Param(in, "PATH_INFO"),
                     Param(in, "QUERY_STRING"), Param(in, "REMOTE_ADDR"));
     CopyHeaders(in, request);
@@ -146,13 +146,20 @@ bool Serve(Service& service, FCGX_Request& in)
     if (status != 0) {
         PK_INFO() << "Refused " << request.method() << " " << request.path() << ": " << problem;
         reply.errorPage(status, problem);
-        Send(reply, in.out);
-        // What is left of a refused body is not read: the connection is closed lingering.
         return false;
     }
     service.handle(request, reply);
+    return true;
+}
+
+// Answers one request; true when its whole input was read.
+bool Serve(Service& service, FCGX_Request& in)
+{
+    Response reply;
+    const bool parsed = Answer(service, in, reply);
     Send(reply, in.out);
-    return Drain(in.in);
+    // What is left of a refused body is not read: the connection is closed lingering.
+    return parsed && Drain(in.in);
 }
 
 }  // namespace

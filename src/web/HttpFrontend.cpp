@@ -232,14 +232,24 @@ private:
             Send(client, reply, false, true);
             return false;
         }
+        answer(head, session, client, address, reply);
+        const bool keepAlive = head.getKeepAlive() && !reply.closesConnection();
+        return Send(client, reply, keepAlive, head.getMethod() != "HEAD") && keepAlive;
+    }
+
+    // Builds the reply to the request. The request, with the files uploaded for it, is gone when
+    // this returns: before the client can see the reply.
+    void answer(const Poco::Net::HTTPRequest& head, Session& session, Poco::Net::StreamSocket& client,
+                const std::string& address, Response& reply)
+    {
         Request request;
         try {
             const Poco::URI uri(head.getURI());
             request.setHead(head.getMethod(), uri.getPath(), uri.getRawQuery(), address);
         } catch (const Poco::Exception& e) {
             reply.errorPage(400, "Malformed URL: " + e.message());
-            Send(client, reply, false, true);
-            return false;
+            reply.closeConnection();
+            return;
         }
         for (const auto& header : head)
             request.mutableHeaders().add(header.first, header.second);
@@ -260,11 +270,9 @@ private:
             reply.errorPage(status, problem);
             // The rest of an unread body would be taken for the next request.
             reply.closeConnection();
-        } else {
-            service_.handle(request, reply);
+            return;
         }
-        const bool keepAlive = head.getKeepAlive() && !reply.closesConnection();
-        return Send(client, reply, keepAlive, head.getMethod() != "HEAD") && keepAlive;
+        service_.handle(request, reply);
     }
 
     Service& service_;
