@@ -14,7 +14,6 @@
 #include <openssl/crypto.h>
 #include <sys/random.h>
 
-#include <fstream>
 #include <memory>
 #include <utility>
 
@@ -139,29 +138,34 @@ void Base::Prepare(data::Base& content)
 
 void Base::PrepareMenus(std::vector<data::Menu>& menus)
 {
-    data::Menu network("Network");
-    network << data::Menu("Ethernet 1", "/network/ethernet1") << data::Menu("OpenVPN", "/network/openvpn")
-            << data::Menu("Tavrion", "/network/tavrion") << data::Menu("Port Forwarding", "/network/port_forwarding")
-            << data::Menu("Access Point", "/network/access_point") << data::Menu("WLAN", "/network/wlan")
-            << data::Menu("Cellular", "/network/cellular") << data::Menu("NTP Server", "/network/ntp")
-            << data::Menu("DNS Server", "/network/dns_server") << data::Menu("UHF Channels", "/network/uhf");
-    data::Menu settingsMenu("Settings");
-    settingsMenu << data::Menu("General", "/settings/general") << data::Menu("Firmware", "/settings/firmware")
-                 << data::Menu("Reboot", "/settings/reboot") << data::Menu("Advanced", "/settings/advanced")
-                 << data::Menu("About", "/settings/about");
-    menus.push_back(std::move(network));
-    menus.push_back(std::move(settingsMenu));
+    // The built-in groups never change: made once, copied into each page.
+    static const std::vector<data::Menu> builtIn = [] {
+        data::Menu network("Network");
+        network << data::Menu("Ethernet 1", "/network/ethernet1") << data::Menu("OpenVPN", "/network/openvpn")
+                << data::Menu("Tavrion", "/network/tavrion")
+                << data::Menu("Port Forwarding", "/network/port_forwarding")
+                << data::Menu("Access Point", "/network/access_point") << data::Menu("WLAN", "/network/wlan")
+                << data::Menu("Cellular", "/network/cellular") << data::Menu("NTP Server", "/network/ntp")
+                << data::Menu("DNS Server", "/network/dns_server") << data::Menu("UHF Channels", "/network/uhf");
+        data::Menu settingsMenu("Settings");
+        settingsMenu << data::Menu("General", "/settings/general") << data::Menu("Firmware", "/settings/firmware")
+                     << data::Menu("Reboot", "/settings/reboot") << data::Menu("Advanced", "/settings/advanced")
+                     << data::Menu("About", "/settings/about");
+        return std::vector<data::Menu>{std::move(network), std::move(settingsMenu)};
+    }();
+    menus.insert(menus.end(), builtIn.begin(), builtIn.end());
 }
 
 int Base::GetFWBaseAlertStatus()
 {
-    std::ifstream in(util::DevicePath("/var/run/.fw_base_status"));
-    if (!in)
+    std::string text;
+    if (!util::ReadFileHead(util::DevicePath("/var/run/.fw_base_status"), 64 * 1024, text))
         return 0;
     Json::Value status;
     Json::CharReaderBuilder builder;
     std::string errors;
-    Json::parseFromStream(builder, in, &status, &errors);
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    reader->parse(text.data(), text.data() + text.size(), &status, &errors);
     try {
         const std::string state = status["status"].asString();
         if (!status["status"].isString())

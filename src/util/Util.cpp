@@ -13,7 +13,6 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <fstream>
 #include <regex.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -82,9 +81,10 @@ bool IsRebootRequired()
 {
     if (FileExists(DevicePath(kRebootFlag)))
         return true;
-    std::ifstream status(DevicePath(kFwtoolStatus));
-    std::string line;
-    return status && std::getline(status, line) && line.find(kFwtoolDone) != std::string::npos;
+    std::string status;
+    if (!ReadFileHead(DevicePath(kFwtoolStatus), 4096, status))
+        return false;
+    return status.substr(0, status.find('\n')).find(kFwtoolDone) != std::string::npos;
 }
 
 void MarkForceReload(bool on)

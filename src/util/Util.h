@@ -53,6 +53,8 @@ std::string ShellCommand(const std::string& cmd, std::size_t maxBytes);
 int ShellCommand(const std::string& cmd, std::string& out);
 /// True when the path exists.
 bool FileExists(const std::string& path);
+/// Up to maxBytes from the start of the file into out; false when it cannot be read.
+bool ReadFileHead(const std::string& path, std::size_t maxBytes, std::string& out);
 /// The file's size, 0 when it cannot be read.
 unsigned FileSize(const std::string& path);
 /// Moves a file, across file systems too; false when it could not.
