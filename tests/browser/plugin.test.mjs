@@ -63,3 +63,36 @@ test("an empty site name marks the row and keeps the stored one", async () => {
   await page.goto(`${device.url}/config/example/`);
   assert.equal(await page.inputValue("#cfg_example_site"), "North Pit");
 });
+
+test("removing the plugin and calling reload takes its menus, page, media and branding away", async () => {
+  const page = await openPage(browser);
+  await page.goto(`${device.url}/config/network/dns_server`);
+  assert.equal(await page.locator("div.nav", { hasText: "Example" }).count(), 1);
+  assert.equal(await page.locator("link[href*='/example/head/']").count(), 1);
+
+  fs.rmSync(path.join(device.root, "mnt", "apps", "example"), { recursive: true, force: true });
+  const reply = await page.evaluate(async () => {
+    const response = await fetch("/async/rpc", {
+      method: "POST",
+      headers: { "Content-Type": "application/json" },
+      body: JSON.stringify({ method: "reload", params: [], id: 1 }),
+    });
+    return response.status;
+  });
+  assert.equal(reply, 200);
+  const deadline = Date.now() + 15000;
+  while (!device.log().includes("** forced reload **") && Date.now() < deadline)
+    await new Promise((resolve) => setTimeout(resolve, 100));
+  let response = null;
+  while (Date.now() < deadline) {
+    response = await page.goto(`${device.url}/config/network/dns_server`).catch(() => null);
+    if (response && response.status() === 200) break;
+    await new Promise((resolve) => setTimeout(resolve, 100));
+  }
+  assert.equal(response?.status(), 200, device.log());
+  assert.deepEqual((await page.locator("div.nav").allTextContents()).slice(0, 2), ["Network", "Settings"]);
+  assert.equal(await page.locator("#menu_Example_Help").count(), 0);
+  assert.equal(await page.locator("link[href*='/example/head/']").count(), 0);
+  assert.notEqual(await page.title(), "Field Router (example branding)");
+  assert.equal((await page.goto(`${device.url}/config/example/`)).status(), 404);
+});
