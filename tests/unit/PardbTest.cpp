@@ -246,6 +246,28 @@ TEST_F(PardbStore, ADeletionIsSeenByTheOtherClients)
     EXPECT_NE(0, reader.getPar("net/portfwd/tcp/00080/d_ip", value));
 }
 
+TEST_F(PardbStore, OneClientCalledFromManyThreadsWithoutALockLosesNothing)
+{
+    // The cellular form reads through the client without the wrapper's lock.
+    cPardbLib store(PARDB_CLIENT_ID_WEB);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&store, t] {
+            for (int i = 0; i < 50; ++i) {
+                const std::string key = "mix/" + std::to_string(t) + "/" + std::to_string(i);
+                EXPECT_EQ(0, store.setPar(key.c_str(), i));
+                char value[PARDB_MAX_VALUE];
+                EXPECT_EQ(0, store.getPar(key.c_str(), value));
+                EXPECT_EQ(std::to_string(i), value);
+                std::string other;
+                store.getPar("mix/0/0", other);
+            }
+        });
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(200u, Pardb::GetList("mix").size());
+}
+
 // The client is created once per process, so these two open their own connection.
 TEST(PardbMissingStore, AnUninitialisedDeviceFailsEveryCallWithAClearMessage)
 {

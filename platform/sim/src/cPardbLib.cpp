@@ -220,6 +220,7 @@ int cPardbLib::write(const std::string& key, PARDB_PAR_T type, const std::string
 
 int cPardbLib::getPar(const char* key, int* value)
 {
+    const Guard guard(lock_);
     std::string text;
     PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
     if (read(Normalise(key), text, type) != 0)
@@ -235,6 +236,7 @@ int cPardbLib::getPar(const char* key, int* value)
 
 int cPardbLib::getPar(const char* key, float* value)
 {
+    const Guard guard(lock_);
     std::string text;
     PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
     if (read(Normalise(key), text, type) != 0)
@@ -249,6 +251,7 @@ int cPardbLib::getPar(const char* key, float* value)
 
 int cPardbLib::getPar(const char* key, char* value)
 {
+    const Guard guard(lock_);
     std::string text;
     if (getPar(key, text) != 0)
         return kFailure;
@@ -260,12 +263,14 @@ int cPardbLib::getPar(const char* key, char* value)
 
 int cPardbLib::getPar(const char* key, std::string& value)
 {
+    const Guard guard(lock_);
     PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
     return getPar(key, value, &type);
 }
 
 int cPardbLib::getPar(const char* key, std::string& value, PARDB_PAR_T* type)
 {
+    const Guard guard(lock_);
     std::string text;
     PARDB_PAR_T found = PARDB_PAR_UNKNOWN;
     if (read(Normalise(key), text, found) != 0)
@@ -278,11 +283,13 @@ int cPardbLib::getPar(const char* key, std::string& value, PARDB_PAR_T* type)
 
 int cPardbLib::setPar(const char* key, int value)
 {
+    const Guard guard(lock_);
     return write(Normalise(key), PARDB_PAR_INT, std::to_string(value));
 }
 
 int cPardbLib::setPar(const char* key, float value)
 {
+    const Guard guard(lock_);
     std::ostringstream text;
     text << value;
     return write(Normalise(key), PARDB_PAR_FLOAT, text.str());
@@ -290,16 +297,19 @@ int cPardbLib::setPar(const char* key, float value)
 
 int cPardbLib::setPar(const char* key, const char* value)
 {
+    const Guard guard(lock_);
     return write(Normalise(key), PARDB_PAR_STRING, value ? value : "");
 }
 
 int cPardbLib::setPar(const char* key, const std::string& value)
 {
+    const Guard guard(lock_);
     return write(Normalise(key), PARDB_PAR_STRING, value);
 }
 
 int cPardbLib::delPar(const char* key)
 {
+    const Guard guard(lock_);
     const std::string name = Normalise(key);
     if (name.empty())
         return fail("an empty key cannot be deleted");
@@ -321,6 +331,7 @@ int cPardbLib::delPar(const char* key)
 
 int cPardbLib::addFile(const char* key, const char* path, unsigned mode)
 {
+    const Guard guard(lock_);
     std::ifstream file(path ? path : "", std::ios::binary);
     if (!file)
         return fail(std::string("cannot read ") + (path ? path : ""));
@@ -342,6 +353,7 @@ int cPardbLib::addFile(const char* key, const char* path, unsigned mode)
 
 int cPardbLib::getList(const char* prefix, int)
 {
+    const Guard guard(lock_);
     listing_.clear();
     next_ = 0;
     std::string name = Normalise(prefix);
@@ -366,6 +378,7 @@ int cPardbLib::getList(const char* prefix, int)
 
 int cPardbLib::getNext(char* name, int)
 {
+    const Guard guard(lock_);
     if (next_ >= listing_.size())
         return kFailure;
     const std::string& entry = listing_[next_++];
@@ -377,5 +390,6 @@ int cPardbLib::getNext(char* name, int)
 
 void cPardbLib::FlushReadCache()
 {
+    const Guard guard(lock_);
     reads_.clear();
 }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -29,6 +30,7 @@ constexpr std::size_t PARDB_MAX_NAME = 128;
 /// slash-separated paths; leading slashes are dropped ("/net/a" and "net/a" are one key).
 /// The store lives at $PANELKIT_DEVICE_ROOT/var/lib/pardb/store.db; it is created on first
 /// use when its folder exists (an initialised device) and never otherwise.
+/// Every call may come from any thread.
 class cPardbLib {
 public:
     /// Opens the store of the current device root for the client.
@@ -83,6 +85,8 @@ private:
         std::string error;
     };
 
+    using Guard = std::lock_guard<std::recursive_mutex>;
+
     bool open();
     /// The compiled form of one of this class's statements, made once per connection.
     sqlite3_stmt* compiled(const char* sql);
@@ -95,6 +99,9 @@ private:
     /// Tells every process of the device that the store changed.
     void changed();
 
+    // Calls may come from several threads at once (a caller may skip its own lock), and public
+    // calls make other public calls.
+    std::recursive_mutex lock_;
     PARDB_CLIENT_ID_T client_;
     std::string path_;
     std::string error_;
