@@ -22,6 +22,8 @@ std::streamsize Response::BodyBuffer::xsputn(const char* s, std::streamsize n)
 
 Response::Response() : buffer_(body_), out_(&buffer_)
 {
+    // A page is a few KiB: one allocation instead of a dozen growing copies.
+    body_.reserve(8 * 1024);
 }
 
 const char* Response::Reason(int code)
