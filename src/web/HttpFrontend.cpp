@@ -123,13 +123,14 @@ bool Send(Poco::Net::StreamSocket& socket, const Response& reply, bool keepAlive
     return true;
 }
 
-// The body of the request as POCO's stream classes read it from the session.
-std::unique_ptr<std::istream> BodyOf(const Poco::Net::HTTPRequest& head, Session& session)
+// The body of the request as POCO's stream classes read it from the session; length is the
+// declared Content-Length, -1 when none.
+std::unique_ptr<std::istream> BodyOf(const Poco::Net::HTTPRequest& head, std::int64_t length, Session& session)
 {
     if (head.getChunkedTransferEncoding())
         return std::make_unique<Poco::Net::HTTPChunkedInputStream>(session);
-    if (head.hasContentLength())
-        return std::make_unique<Poco::Net::HTTPFixedLengthInputStream>(session, head.getContentLength64());
+    if (length >= 0)
+        return std::make_unique<Poco::Net::HTTPFixedLengthInputStream>(session, length);
     const std::string& method = head.getMethod();
     if (method == "GET" || method == "HEAD" || method == "DELETE")
         return std::make_unique<Poco::Net::HTTPFixedLengthInputStream>(session, 0);
@@ -137,9 +138,17 @@ std::unique_ptr<std::istream> BodyOf(const Poco::Net::HTTPRequest& head, Session
     return std::make_unique<Poco::Net::HTTPInputStream>(session);
 }
 
-bool HasBody(const Poco::Net::HTTPRequest& head)
+// The declared Content-Length, -1 when none, -2 when it is not a length.
+std::int64_t DeclaredLength(const Poco::Net::HTTPRequest& head)
 {
-    return head.getChunkedTransferEncoding() || (head.hasContentLength() && head.getContentLength64() > 0);
+    if (!head.hasContentLength())
+        return -1;
+    try {
+        const std::int64_t length = head.getContentLength64();
+        return length < 0 ? -2 : length;
+    } catch (const Poco::Exception&) {
+        return -2;
+    }
 }
 
 }  // namespace
@@ -212,6 +221,8 @@ public:
             }
         } catch (const Poco::Exception&) {
             // A client that went away or went quiet; nothing to answer.
+        } catch (const std::exception& e) {
+            PK_ERROR() << "HTTP connection ended: " << e.what();
         }
         connections_.Busy(client);
     }
@@ -254,13 +265,18 @@ private:
         for (const auto& header : head)
             request.mutableHeaders().add(header.first, header.second);
 
-        const bool hasBody = HasBody(head);
+        const std::int64_t length = DeclaredLength(head);
+        if (length == -2) {
+            reply.errorPage(400, "Malformed request: Content-Length is not a length");
+            reply.closeConnection();
+            return;
+        }
+        const bool hasBody = head.getChunkedTransferEncoding() || length > 0;
         if (hasBody)
             client.setReceiveTimeout(kBodyPause);
         if (head.getExpectContinue())
             SendAll(client, "HTTP/1.1 100 Continue\r\n\r\n");
-        const auto body = BodyOf(head, session);
-        const std::int64_t length = head.hasContentLength() ? head.getContentLength64() : -1;
+        const auto body = BodyOf(head, length, session);
         std::string problem;
         const int status = RequestParser::Parse(request, *body, length, service_.limits(), problem);
         if (hasBody)

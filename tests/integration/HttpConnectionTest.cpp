@@ -200,6 +200,20 @@ TEST_F(Connections, AMalformedRequestIsABadRequestAndEndsTheConnection)
     EXPECT_EQ(200, Get(server_.port(), "/config/").status);
 }
 
+TEST_F(Connections, AContentLengthThatIsNotALengthIsABadRequest)
+{
+    for (const std::string length : {"abc", "-5"}) {
+        Client client(server_.port());
+        client.send("POST /async/rpc HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Type: application/json\r\n"
+                    "Content-Length: " + length + "\r\n\r\n{}");
+        const RawReply reply = client.read();
+        EXPECT_EQ(400, reply.status()) << length;
+        EXPECT_NE(std::string::npos, reply.body.find("Content-Length is not a length")) << reply.body;
+        EXPECT_TRUE(client.closedWithin(3));
+    }
+    EXPECT_EQ(200, Get(server_.port(), "/config/").status);
+}
+
 TEST_F(Connections, AnOversizedBodyIsRefusedAndTheConnectionClosed)
 {
     Client client(server_.port());
