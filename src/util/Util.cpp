@@ -30,14 +30,6 @@ const char kFwtoolDone[] = "'done'";
 const char kAppInitScript[] = "/etc/init.d/rcS";
 const char kFwtoolLock[] = "/tmp/fwtool_6v1Znb.lock";
 
-// The device root may hold any character; the shell must see one word.
-std::string Quote(const std::string& text)
-{
-    std::string quoted = "'";
-    for (char c : text)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
 
 void Run(const std::string& command)
 {
@@ -72,9 +64,17 @@ bool QuietStandardStreams()
 
 }  // namespace
 
+std::string ShellQuote(const std::string& text)
+{
+    std::string quoted = "'";
+    for (char c : text)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
 void MarkRebootRequired()
 {
-    Run("touch " + Quote(DevicePath(kRebootFlag)));
+    Run("touch " + ShellQuote(DevicePath(kRebootFlag)));
 }
 
 bool IsRebootRequired()
@@ -89,7 +89,7 @@ bool IsRebootRequired()
 
 void MarkForceReload(bool on)
 {
-    Run((on ? "touch " : "rm ") + Quote(DevicePath(kReloadFlag)));
+    Run((on ? "touch " : "rm ") + ShellQuote(DevicePath(kReloadFlag)));
 }
 
 bool IsForceReloadFlagged()
@@ -99,7 +99,7 @@ bool IsForceReloadFlagged()
 
 void MarkFirmwareUpgrade(bool on)
 {
-    Run((on ? "touch " : "rm -f ") + Quote(DevicePath(kFirmwareFlag)));
+    Run((on ? "touch " : "rm -f ") + ShellQuote(DevicePath(kFirmwareFlag)));
 }
 
 bool IsFirmwareUpgradeFlagged()
@@ -184,7 +184,7 @@ int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir)
         const std::string script = appsDir + "/" + app + kAppInitScript;
         if (!FileExists(script))
             continue;
-        const int result = std::system((Quote(script) + " stop").c_str());
+        const int result = std::system((ShellQuote(script) + " stop").c_str());
         PK_INFO() << "\"" << script << " stop\"" << " returned: " << result;
     }
     const std::string fwtool = DevicePath("/usr/bin/fwtool");

@@ -46,6 +46,8 @@ bool IsFirmareUpgradeInProgress();
 int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir);
 /// Forks a detached child that runs the device's reboot with a 5-second delay.
 void ForkReboot();
+/// The text as one shell word, whatever it holds (device paths: the device root may hold blanks).
+std::string ShellQuote(const std::string& text);
 /// Runs a fixed command line through the shell; at most maxBytes of its output, ending in
 /// "..." when cut (and at least 4 bytes long).
 std::string ShellCommand(const std::string& cmd, std::size_t maxBytes);

@@ -93,6 +93,14 @@ TEST(ShellCommand, ThroughTheMakersLibraryGivesTheOutputAndStatus)
     EXPECT_EQ("", out);
 }
 
+TEST(ShellCommand, AQuotedPathWithBlanksAndQuotesIsOneWord)
+{
+    TempDir dir;
+    dir.write("it's a device/etc/resolv.conf", "nameserver 10.0.0.53\n");
+    const std::string path = dir.path() + "/it's a device/etc/resolv.conf";
+    EXPECT_EQ("nameserver 10.0.0.53\n", panelkit::util::ShellCommand("cat " + panelkit::util::ShellQuote(path), 4096));
+}
+
 TEST(Files, ExistsAndSize)
 {
     TempDir dir;
