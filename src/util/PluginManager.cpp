@@ -188,22 +188,22 @@ void PluginManager::PopulateMenuEndHook(std::vector<data::Menu>& menus)
 
 void PluginManager::AttachSynchronousAppsHook(web::Application& root, web::Service& service)
 {
-    for (auto& plugin : plugins_) {
-        try {
-            plugin.plugin->AttachSynchronousApps(root, service, plugin);
-        } catch (const std::exception&) {
-            PK_ERROR() << "Failed to attach synchronous app in plugin: " << plugin.name;
-        }
-    }
+    AttachEach(&PluginInterface::AttachSynchronousApps, root, service, "Failed to attach synchronous app in plugin: ");
 }
 
 void PluginManager::AttachAsynchronousAppsHook(web::Application& container, web::Service& service)
 {
+    AttachEach(&PluginInterface::AttachAsynchronousApps, container, service,
+               "Failed to attach asynchronous app in plugin: ");
+}
+
+void PluginManager::AttachEach(AttachSlot slot, web::Application& app, web::Service& service, const char* failure)
+{
     for (auto& plugin : plugins_) {
         try {
-            plugin.plugin->AttachAsynchronousApps(container, service, plugin);
+            (plugin.plugin->*slot)(app, service, plugin);
         } catch (const std::exception&) {
-            PK_ERROR() << "Failed to attach asynchronous app in plugin: " << plugin.name;
+            PK_ERROR() << failure << plugin.name;
         }
     }
 }

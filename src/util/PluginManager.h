@@ -68,6 +68,9 @@ public:
     ~PluginManager();
 
 private:
+    using AttachSlot = void (PluginInterface::*)(web::Application&, web::Service&, const PluginMetaStruct&);
+    /// Calls the slot of every plugin in load order; a plugin that throws is logged and passed over.
+    void AttachEach(AttachSlot slot, web::Application& app, web::Service& service, const char* failure);
     PluginManager() = default;
 
     std::vector<PluginMetaStruct> plugins_;
