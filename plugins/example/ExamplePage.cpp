@@ -1,4 +1,4 @@
-// Example plugin: a page on the common layout that edits one store key.
+// Example plugin: a page on the common layout that edits one store key, and its help page.
 #include "ExamplePage.h"
 
 #include "util/Pardb.h"
@@ -31,6 +31,18 @@ private:
     SiteForm& form_;
 };
 
+// A page of text on the layout: no form, nothing stored.
+class HelpView : public panelkit::views::Base {
+public:
+    using Base::Base;
+    void render_page() override
+    {
+        out_ << "<p class=\"example_intro\">The example plugin adds the Example menu, the Site page, which "
+                "stores one key, the JSON-RPC method \"example_status\" under /async/example, a style "
+                "sheet, a script and the branding of this device.</p>";
+    }
+};
+
 }  // namespace
 
 SiteForm::SiteForm()
@@ -49,7 +61,9 @@ SiteForm::SiteForm()
 ExamplePage::ExamplePage(panelkit::web::Service& service, const std::string& volume) : Base(service, volume)
 {
     mapper().assign("/");
+    mapper().assign("help", "/help");
     dispatcher().assign("/?", [this] { Site(); });
+    dispatcher().assign("/help", [this] { Help(); });
 }
 
 void ExamplePage::Site()
@@ -69,6 +83,14 @@ void ExamplePage::Site()
         form.site.value(panelkit::util::Pardb::GetString(kSiteKey));
     }
     SiteView(response().out(), content, *this, form).render();
+}
+
+void ExamplePage::Help()
+{
+    panelkit::data::Base content;
+    Prepare(content);
+    content.title = "Example Help";
+    HelpView(response().out(), content, *this).render();
 }
 
 }  // namespace example

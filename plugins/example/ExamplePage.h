@@ -18,13 +18,15 @@ public:
     panelkit::web::widgets::Submit save;
 };
 
-/// "/example": shows and saves "example/site_name".
+/// "/example": shows and saves "example/site_name"; "/example/help" explains it.
 class ExamplePage : public panelkit::apps::Base {
 public:
     /// A page of the plugin's volume.
     ExamplePage(panelkit::web::Service& service, const std::string& volume);
     /// The site page.
     void Site();
+    /// The help page: what the plugin adds and where.
+    void Help();
 };
 
 }  // namespace example

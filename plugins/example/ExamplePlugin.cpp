@@ -34,14 +34,14 @@ public:
     void PopulateMenuEnd(std::vector<panelkit::data::Menu>& menus) override
     {
         if (!menus.empty())
-            menus.back() << panelkit::data::Menu("Example Help", "/example");
+            menus.back() << panelkit::data::Menu("Example Help", "/example/help");
     }
 
     void AttachSynchronousApps(panelkit::web::Application& root, panelkit::web::Service& service,
                                const panelkit::PluginMetaStruct& self) override
     {
         root.attach(std::make_unique<ExamplePage>(service, VolumeOf(self.path)), "example", "/example{1}",
-                    "/example(/?)", 1);
+                    "/example(/?|/help)", 1);
     }
 
     void AttachAsynchronousApps(panelkit::web::Application& container, panelkit::web::Service& service,

@@ -31,6 +31,11 @@ test("the plugin's page shows its style sheet, script and branding", async () =>
   assert.deepEqual((await page.locator("div.nav").allTextContents()).slice(0, 2), ["Example", "Network"]);
   assert.equal(await page.locator("#menu_Example_Help").count(), 1);
   assert.deepEqual(page.problems, []);
+  await Promise.all([page.waitForNavigation(), page.click("#menu_Example_Help")]);
+  assert.equal(await page.textContent("#config_page_title"), "Example Help");
+  assert.equal(await page.locator("li.selected #menu_Example_Help").count(), 1);
+  assert.equal(await page.locator("li.selected #menu_Example_Site").count(), 0);
+  await page.goto(`${device.url}/config/example/`);
   fs.mkdirSync(screenshotDir, { recursive: true });
   await page.screenshot({ path: path.join(screenshotDir, "example-plugin.png"), fullPage: true });
 });

@@ -185,6 +185,9 @@ TEST_F(Plugins, TheExamplePluginsPageSavesItsKey)
                                  "application/x-www-form-urlencoded", form.headers());
     EXPECT_TRUE(Has(saved.body, "Success: The form values were saved.")) << saved.body;
     EXPECT_TRUE(Has(Page("/config/example/"), "value=\"North Pit\""));
+    const std::string help = Page("/config/example/help");
+    EXPECT_TRUE(Has(help, ">Example Help</h2>")) << help;
+    EXPECT_TRUE(Has(help, "href=\"/config/example/help\">Example Help</a>")) << help;
     EXPECT_EQ(R"({"error":null,"id":1,"result":{"plugin":"example","site":"North Pit"}})",
               Rpc(server_.port(), "/async/example", "example_status").body);
     const HttpReply refused = Http(server_.port(), "POST", "/config/example/", "site=Elsewhere&save=Save",
