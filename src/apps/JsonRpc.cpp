@@ -40,7 +40,7 @@ void JsonRpc::GeneralStatus()
     result["top"] = util::ShellCommand("top -b -n1", 4096);
     result["processStatus"] = util::ShellCommand("ps -ef", 10000);
     result["boardTemp"] =
-        BoardTemperature(util::ShellCommand("cat " + util::ShellQuote(util::DevicePath("/sys/class/hwmon/hwmon0/temp1_input")), 4096));
+        BoardTemperature(util::ShellCommand("cat " + util::ShellDevicePath("/sys/class/hwmon/hwmon0/temp1_input"), 4096));
     return_result(result);
 }
 
@@ -58,14 +58,14 @@ void JsonRpc::TailSyslog()
 {
     const char* log = util::Pardb::GetString("syslogd/persistent") == "yes" ? "/home/root/log/messages" : "/var/log/messages";
     Json::Value result(Json::objectValue);
-    result["tail"] = util::ShellCommand("tail -n 30 " + util::ShellQuote(util::DevicePath(log)), 8096);
+    result["tail"] = util::ShellCommand("tail -n 30 " + util::ShellDevicePath(log), 8096);
     return_result(result);
 }
 
 void JsonRpc::DnsServerStatus()
 {
     Json::Value result(Json::objectValue);
-    result["currentConf"] = util::ShellCommand("cat " + util::ShellQuote(util::DevicePath("/etc/resolv.conf")) + " 2>&1", 4096);
+    result["currentConf"] = util::ShellCommand("cat " + util::ShellDevicePath("/etc/resolv.conf") + " 2>&1", 4096);
     return_result(result);
 }
 

@@ -28,10 +28,10 @@ std::vector<Diagnostic> EthernetDiagnostics()
         {"Routing", "route -n", 4096},
         {"Wireless Config", "iw dev", 4096},
         {"Network Status", "netstat -an", 8192},
-        {"DNS Settings", "cat " + util::ShellQuote(util::DevicePath("/etc/resolv.conf")), 4096},
+        {"DNS Settings", "cat " + util::ShellDevicePath("/etc/resolv.conf"), 4096},
         {"PPP Status",
          "/bin/sh -c \"for ii in `ifconfig|grep ppp|awk '{print $1}'`; do echo $ii; pppstats $ii; done\"", 4096},
-        {"DHCP Leases", "cat " + util::ShellQuote(util::DevicePath("/tmp/dhcp.leases")), 4096},
+        {"DHCP Leases", "cat " + util::ShellDevicePath("/tmp/dhcp.leases"), 4096},
     };
 }
 

@@ -55,7 +55,7 @@ void Settings::General()
         util::Bindings::Load(bindings);
     }
     content.sections.emplace_back("Uname", util::ShellCommand("uname -a", 4096));
-    content.sections.emplace_back("Version Info", util::ShellCommand("cat " + util::ShellQuote(util::DevicePath("/etc/version")), 4096));
+    content.sections.emplace_back("Version Info", util::ShellCommand("cat " + util::ShellDevicePath("/etc/version"), 4096));
     render("General", content);
 }
 

@@ -30,7 +30,6 @@ const char kFwtoolDone[] = "'done'";
 const char kAppInitScript[] = "/etc/init.d/rcS";
 const char kFwtoolLock[] = "/tmp/fwtool_6v1Znb.lock";
 
-
 void Run(const std::string& command)
 {
     const int status = std::system(command.c_str());
@@ -72,9 +71,14 @@ std::string ShellQuote(const std::string& text)
     return quoted + "'";
 }
 
+std::string ShellDevicePath(const std::string& path)
+{
+    return ShellQuote(DevicePath(path));
+}
+
 void MarkRebootRequired()
 {
-    Run("touch " + ShellQuote(DevicePath(kRebootFlag)));
+    Run("touch " + ShellDevicePath(kRebootFlag));
 }
 
 bool IsRebootRequired()
@@ -89,7 +93,7 @@ bool IsRebootRequired()
 
 void MarkForceReload(bool on)
 {
-    Run((on ? "touch " : "rm ") + ShellQuote(DevicePath(kReloadFlag)));
+    Run((on ? "touch " : "rm ") + ShellDevicePath(kReloadFlag));
 }
 
 bool IsForceReloadFlagged()
@@ -99,7 +103,7 @@ bool IsForceReloadFlagged()
 
 void MarkFirmwareUpgrade(bool on)
 {
-    Run((on ? "touch " : "rm -f ") + ShellQuote(DevicePath(kFirmwareFlag)));
+    Run((on ? "touch " : "rm -f ") + ShellDevicePath(kFirmwareFlag));
 }
 
 bool IsFirmwareUpgradeFlagged()

@@ -48,6 +48,8 @@ int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir);
 void ForkReboot();
 /// The text as one shell word, whatever it holds (device paths: the device root may hold blanks).
 std::string ShellQuote(const std::string& text);
+/// A device path (under the device root) as one shell word, for fixed command lines.
+std::string ShellDevicePath(const std::string& path);
 /// Runs a fixed command line through the shell; at most maxBytes of its output, ending in
 /// "..." when cut (and at least 4 bytes long).
 std::string ShellCommand(const std::string& cmd, std::size_t maxBytes);

@@ -73,18 +73,17 @@ bool ReadFileHead(const std::string& path, std::size_t maxBytes, std::string& ou
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
         return false;
-    out.resize(maxBytes);
-    std::size_t got = 0;
-    while (got < maxBytes) {
-        const ssize_t n = ::read(fd, &out[got], maxBytes - got);
+    out.clear();
+    char chunk[4096];
+    while (out.size() < maxBytes) {
+        const ssize_t n = ::read(fd, chunk, std::min(sizeof chunk, maxBytes - out.size()));
         if (n < 0 && errno == EINTR)
             continue;
         if (n <= 0)
             break;
-        got += static_cast<std::size_t>(n);
+        out.append(chunk, static_cast<std::size_t>(n));
     }
     ::close(fd);
-    out.resize(got);
     return true;
 }
 

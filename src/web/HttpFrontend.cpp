@@ -80,7 +80,9 @@ bool SendAll(Poco::Net::StreamSocket& socket, const std::string& head, const cha
 }
 
 // The status line and headers of a reply whose body is `length` bytes long.
-std::string Head(const Response& reply, int status, const std::string& contentType, std::uint64_t length,
+using Headers = std::vector<std::pair<std::string, std::string>>;
+
+std::string Head(int status, const std::string& contentType, const Headers& headers, std::uint64_t length,
                  bool keepAlive)
 {
     std::string head;
@@ -88,7 +90,7 @@ std::string Head(const Response& reply, int status, const std::string& contentTy
     head.append("HTTP/1.1 ").append(std::to_string(status)).append(" ").append(Response::Reason(status));
     head.append(keepAlive ? "\r\nConnection: Keep-Alive" : "\r\nConnection: close");
     head.append("\r\nContent-Type: ").append(contentType);
-    for (const auto& header : reply.headers())
+    for (const auto& header : headers)
         head.append("\r\n").append(header.first).append(": ").append(header.second);
     head.append("\r\nContent-Length: ").append(std::to_string(length)).append("\r\n\r\n");
     return head;
@@ -98,19 +100,19 @@ std::string Head(const Response& reply, int status, const std::string& contentTy
 bool Send(Poco::Net::StreamSocket& socket, const Response& reply, bool keepAlive, bool withBody)
 {
     if (reply.file().empty()) {
-        const std::string head = Head(reply, reply.status(), reply.contentType(), reply.body().size(), keepAlive);
+        const std::string head =
+            Head(reply.status(), reply.contentType(), reply.headers(), reply.body().size(), keepAlive);
         return SendAll(socket, head, withBody ? reply.body().data() : nullptr, withBody ? reply.body().size() : 0);
     }
     std::ifstream file(reply.file(), std::ios::binary | std::ios::ate);
     if (!file) {
         static const std::string missing = "404 Not Found\n";
-        Response none;
-        const std::string head = Head(none, 404, "text/plain; charset=utf-8", missing.size(), keepAlive);
+        const std::string head = Head(404, "text/plain; charset=utf-8", {}, missing.size(), keepAlive);
         return SendAll(socket, head, withBody ? missing.data() : nullptr, withBody ? missing.size() : 0);
     }
     const auto size = static_cast<std::uint64_t>(file.tellg());
     file.seekg(0);
-    if (!SendAll(socket, Head(reply, reply.status(), reply.contentType(), size, keepAlive)))
+    if (!SendAll(socket, Head(reply.status(), reply.contentType(), reply.headers(), size, keepAlive)))
         return false;
     if (!withBody)
         return true;
@@ -301,7 +303,6 @@ public:
     ConnectionFactory(Service& service, HttpFrontend::Connections& connections)
         : service_(service), connections_(connections), params_(new Poco::Net::HTTPServerParams)
     {
-        params_->setTimeout(kBodyPause);
     }
 
     Poco::Net::TCPServerConnection* createConnection(const Poco::Net::StreamSocket& socket) override

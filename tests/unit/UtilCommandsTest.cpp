@@ -112,6 +112,18 @@ TEST(Files, ExistsAndSize)
     EXPECT_EQ(0u, util::FileSize(dir / "none"));
 }
 
+TEST(Files, ReadFileHeadStopsAtTheLimitAndFailsForAMissingFile)
+{
+    TempDir dir;
+    dir.write("status.txt", std::string(6000, 'a') + "tail");
+    std::string head = "left over";
+    ASSERT_TRUE(util::ReadFileHead(dir.path() + "/status.txt", 5000, head));
+    EXPECT_EQ(std::string(5000, 'a'), head);
+    ASSERT_TRUE(util::ReadFileHead(dir.path() + "/status.txt", 1 << 20, head));
+    EXPECT_EQ(6004u, head.size());
+    EXPECT_FALSE(util::ReadFileHead(dir.path() + "/missing.txt", 5000, head));
+}
+
 TEST(Files, MoveFileRenamesAndFailsForAMissingSource)
 {
     TempDir dir;

@@ -173,7 +173,7 @@ int cPardbLib::read(const std::string& key, std::string& value, PARDB_PAR_T& typ
         return kFailure;
     if (const CachedRead* hit = cached(key)) {
         if (!hit->found)
-            return fail(hit->error);
+            return fail("no parameter " + key);
         type = hit->type;
         value = hit->value;
         error_.clear();
@@ -185,14 +185,14 @@ int cPardbLib::read(const std::string& key, std::string& value, PARDB_PAR_T& typ
     select.bind(1, key);
     const int step = sqlite3_step(select.get());
     if (step == SQLITE_DONE) {
-        remember(key, {false, PARDB_PAR_UNKNOWN, "", "no parameter " + key});
+        remember(key, {false, PARDB_PAR_UNKNOWN, ""});
         return fail("no parameter " + key);
     }
     if (step != SQLITE_ROW)
         return fail(sqlite3_errmsg(db_));
     type = static_cast<PARDB_PAR_T>(sqlite3_column_int(select.get(), 0));
     value = select.text(1);
-    remember(key, {true, type, value, ""});
+    remember(key, {true, type, value});
     error_.clear();
     return 0;
 }
@@ -253,7 +253,8 @@ int cPardbLib::getPar(const char* key, char* value)
 {
     const Guard guard(lock_);
     std::string text;
-    if (getPar(key, text) != 0)
+    PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
+    if (read(Normalise(key), text, type) != 0)
         return kFailure;
     const std::size_t length = std::min(text.size(), PARDB_MAX_VALUE - 1);
     std::memcpy(value, text.data(), length);
@@ -265,7 +266,7 @@ int cPardbLib::getPar(const char* key, std::string& value)
 {
     const Guard guard(lock_);
     PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
-    return getPar(key, value, &type);
+    return read(Normalise(key), value, type);
 }
 
 int cPardbLib::getPar(const char* key, std::string& value, PARDB_PAR_T* type)

@@ -77,15 +77,14 @@ public:
     const std::string& lastError() const { return error_; }
 
 private:
-    /// What one read gave: the value and type, or the error of a key that is not there.
+    /// What one read gave: the value and type, or that the key is not there.
     struct CachedRead {
         bool found = false;
         PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
         std::string value;
-        std::string error;
     };
 
-    using Guard = std::lock_guard<std::recursive_mutex>;
+    using Guard = std::lock_guard<std::mutex>;
 
     bool open();
     /// The compiled form of one of this class's statements, made once per connection.
@@ -99,9 +98,9 @@ private:
     /// Tells every process of the device that the store changed.
     void changed();
 
-    // Calls may come from several threads at once (a caller may skip its own lock), and public
-    // calls make other public calls.
-    std::recursive_mutex lock_;
+    // Calls may come from several threads at once (a caller may skip its own lock); each public
+    // call takes it once and works through the private helpers.
+    std::mutex lock_;
     PARDB_CLIENT_ID_T client_;
     std::string path_;
     std::string error_;
