@@ -1,9 +1,11 @@
 // panelkit: process entry; builds the service, serves, and rebuilds it after a forced reload.
-#include "apps/JsonRpc.h"
 #include "apps/Panelkit.h"
 #include "util/DevicePath.h"
 #include "util/PluginManager.h"
-#include "util/Util.h"
+#include "util/Commands.h"
+#include "util/Environment.h"
+#include "util/Files.h"
+#include "util/FlagFiles.h"
 #include "web/Application.h"
 #include "web/Error.h"
 #include "web/FileServer.h"
@@ -72,25 +74,9 @@ bool ServeOnce(int argc, char** argv)
     StartRequestedUpgrade();
     PK_DEBUG() << "panelkit start";
 
-    std::ostringstream regex;
-    const std::string sync = service->settings().at("panelkit.root.sync").asString();
-    regex << "/" << sync << "(.*)";
-    service->applicationsPool().mount(
-        [](web::Service& s) { return std::unique_ptr<web::Application>(new apps::Panelkit(s)); },
-        web::MountPoint(regex.str(), 1));
-    service->redirectRoot("/" + sync + "/");
+    apps::Panelkit::Mount(*service);
+    service->redirectRoot("/" + service->settings().at("panelkit.root.sync").asString() + "/");
     ServePluginMedia(*service);
-
-    regex.str("");
-    regex << "/" << service->settings().at("panelkit.root.async").asString() << "(.*)";
-    auto container = std::make_shared<web::Application>(*service);
-    service->applicationsPool().mountAsync(container, web::MountPoint(regex.str(), 1));
-
-    regex.str("");
-    regex << "/" << service->settings().at("panelkit.root.rpc").asString() << "(.*)";
-    container->attach(std::make_unique<apps::JsonRpc>(*service), "rpc", "", regex.str(), 0);
-
-    util::PluginManager::Instance().AttachAsynchronousAppsHook(*container, *service);
     service->run();
 
     const bool reload = util::IsForceReloadFlagged();
@@ -98,7 +84,6 @@ bool ServeOnce(int argc, char** argv)
         util::MarkForceReload(false);
         PK_INFO() << "panelkit ** forced reload **";
     }
-    container.reset();
     service.reset();
     return reload;
 }

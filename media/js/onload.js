@@ -94,8 +94,25 @@ function setUpTabs(tabs) {
   container.show();
 }
 
+// A field that counts only while another field holds a value: its row hides and its input is
+// disabled (so it is not posted) whenever that field holds anything else.
+function setUpDependentFields() {
+  $("tr[data-when-field]").each(function () {
+    var row = $(this);
+    var other = row.closest("form").find("[name='" + row.data("when-field") + "']");
+    function follow() {
+      var counts = other.val() === String(row.data("when-value"));
+      row.find(":input").prop("disabled", !counts);
+      row.toggle(counts);
+    }
+    other.on("change", follow);
+    follow();
+  });
+}
+
 $(function () {
   var data = pageData();
+  setUpDependentFields();
   setUpMenus();
   if (data.repositionBanner) {
     repositionBanner();

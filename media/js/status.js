@@ -1,4 +1,4 @@
-// panelkit: polls a page's status method over JSON-RPC while its status tab is visible.
+// panelkit: polls a page's status method over JSON-RPC while its status tab is visible, and shows its blocks.
 // Every received text goes into the page with .text(): command output can carry device-collected names.
 "use strict";
 
@@ -51,5 +51,31 @@ var PanelkitStatus = (function () {
     rearm();
   }
 
-  return { poll: poll, section: section };
+  // The blocks a page declared, in order: each reply member under its heading; a member
+  // missing from the reply is left out.
+  function sections(settings) {
+    return function (result, target) {
+      var shown = 0;
+      $.each(settings.sections || [], function (i, block) {
+        if (result[block.member] === undefined) {
+          return;
+        }
+        if (shown > 0 && settings.separated) {
+          target.append("<br />");
+        }
+        target.append(section(block.title, result[block.member]));
+        shown += 1;
+      });
+    };
+  }
+
+  return { poll: poll, section: section, sections: sections };
 })();
+
+// A page with a renderer of its own registers it as PanelkitStatus.render before the page is ready.
+$(function () {
+  var settings = pageData().status;
+  if (settings) {
+    PanelkitStatus.poll(settings, PanelkitStatus.render || PanelkitStatus.sections(settings));
+  }
+});

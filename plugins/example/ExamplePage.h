@@ -1,32 +1,22 @@
-// Example plugin: a page on the common layout that edits one store key.
+// Example plugin: its pages, declared: a site page that edits one store key, and a help page.
 #pragma once
 
 #include "apps/Base.h"
-#include "forms/Base.h"
-#include "web/widgets/Submit.h"
-#include "web/widgets/Text.h"
+#include "page/Page.h"
+
+#include <vector>
 
 namespace example {
 
-/// The site name form.
-class SiteForm : public panelkit::forms::Base {
-public:
-    SiteForm();
-    /// The site name, 1 to 32 characters.
-    panelkit::web::widgets::Text site;
-    /// The save button.
-    panelkit::web::widgets::Submit save;
-};
-
-/// "/example": shows and saves "example/site_name"; "/example/help" explains it.
+/// "/example": shows and saves "example/site_name"; "/example/help" explains the plugin.
 class ExamplePage : public panelkit::apps::Base {
 public:
-    /// A page of the plugin's volume.
+    /// The pages of the plugin's volume.
     ExamplePage(panelkit::web::Service& service, const std::string& volume);
-    /// The site page.
-    void Site();
-    /// The help page: what the plugin adds and where.
-    void Help();
+
+private:
+    // Held by the controller: nothing of the plugin may outlive its library.
+    std::vector<panelkit::page::Page> pages_;
 };
 
 }  // namespace example

@@ -1,9 +1,16 @@
 // panelkit apps: the base of every page controller: common page content, menus, request helpers, form safety.
 #include "apps/Base.h"
 
+#include "apps/Network.h"
+#include "apps/Settings.h"
+#include "page/Page.h"
+#include "page/Runner.h"
 #include "util/DevicePath.h"
 #include "util/PluginManager.h"
-#include "util/Util.h"
+#include "util/Commands.h"
+#include "util/Environment.h"
+#include "util/Files.h"
+#include "util/FlagFiles.h"
 #include "views/Registry.h"
 #include "web/Form.h"
 #include "web/Log.h"
@@ -138,21 +145,9 @@ void Base::Prepare(data::Base& content)
 
 void Base::PrepareMenus(std::vector<data::Menu>& menus)
 {
-    // The built-in groups never change: made once, copied into each page.
-    static const std::vector<data::Menu> builtIn = [] {
-        data::Menu network("Network");
-        network << data::Menu("Ethernet 1", "/network/ethernet1") << data::Menu("OpenVPN", "/network/openvpn")
-                << data::Menu("Tavrion", "/network/tavrion")
-                << data::Menu("Port Forwarding", "/network/port_forwarding")
-                << data::Menu("Access Point", "/network/access_point") << data::Menu("WLAN", "/network/wlan")
-                << data::Menu("Cellular", "/network/cellular") << data::Menu("NTP Server", "/network/ntp")
-                << data::Menu("DNS Server", "/network/dns_server") << data::Menu("UHF Channels", "/network/uhf");
-        data::Menu settingsMenu("Settings");
-        settingsMenu << data::Menu("General", "/settings/general") << data::Menu("Firmware", "/settings/firmware")
-                     << data::Menu("Reboot", "/settings/reboot") << data::Menu("Advanced", "/settings/advanced")
-                     << data::Menu("About", "/settings/about");
-        return std::vector<data::Menu>{std::move(network), std::move(settingsMenu)};
-    }();
+    // The built-in groups never change: made once from the controllers' page tables, copied into each page.
+    static const std::vector<data::Menu> builtIn = {MenuGroup("Network", "/network", Network::Pages()),
+                                                   MenuGroup("Settings", "/settings", Settings::Pages())};
     menus.insert(menus.end(), builtIn.begin(), builtIn.end());
 }
 
@@ -223,6 +218,31 @@ std::string Base::StatusUrl() const
 void Base::render(const std::string& view, data::Base& content)
 {
     views::Registry::Instance().Render(view, response().out(), content, *this);
+}
+
+void Base::Bind(const std::vector<page::Page>& pages)
+{
+    for (const auto& page : pages) {
+        if (!page.Pattern().empty())
+            mapper().assign(page.Name(), page.Pattern());
+        for (const auto& expression : page.Expressions())
+            dispatcher().add(expression, page.Groups(),
+                             [this, &page](const std::vector<std::string>& args) { Serve(page, args); });
+    }
+}
+
+void Base::Serve(const page::Page& page, const std::vector<std::string>& args)
+{
+    page::Runner::Serve(*this, page, args);
+}
+
+data::Menu Base::MenuGroup(const std::string& text, const std::string& mount, const std::vector<page::Page>& pages)
+{
+    data::Menu group(text);
+    for (const auto& page : pages)
+        if (!page.MenuText().empty())
+            group << data::Menu(page.MenuText(), mount + page.Pattern());
+    return group;
 }
 
 }  // namespace panelkit::apps

@@ -10,6 +10,9 @@
 namespace panelkit::web {
 class Form;
 }
+namespace panelkit::page {
+class Page;
+}
 
 namespace panelkit::apps {
 
@@ -47,6 +50,12 @@ public:
     std::string StatusUrl() const;
     /// Renders the named view of the skin with the content as the response body.
     void render(const std::string& view, data::Base& content);
+    /// Maps every page of the table under its name and dispatches its expressions to it, in order.
+    void Bind(const std::vector<page::Page>& pages);
+    /// Serves a declared page with the groups of its expression.
+    void Serve(const page::Page& page, const std::vector<std::string>& args = {});
+    /// A menu group of the pages that have an entry, linked below the controller's mount ("/network").
+    static data::Menu MenuGroup(const std::string& text, const std::string& mount, const std::vector<page::Page>& pages);
 
 private:
     std::string _FormToken();

@@ -2,28 +2,19 @@
 #pragma once
 
 #include "apps/Base.h"
+#include "page/Page.h"
 
-#include <string>
-
-namespace panelkit::data {
-class Ethernet1;
-}
+#include <vector>
 
 namespace panelkit::apps {
 
 /// The pages of the Network menu below "/network".
 class Network : public Base {
 public:
-    /// Registers the ten routes and their mapper names.
+    /// Routes every page of the table.
     explicit Network(web::Service& service);
-    /// The "Ethernet 1" page.
-    void Ethernet1();
-    /// The custom DNS servers page.
-    void DNSServer();
-    /// An Ethernet settings page, parameterised by its title and its five store keys.
-    void EthernetInternal(data::Ethernet1& content, const std::string& title, const std::string& modeKey,
-                          const std::string& ipKey, const std::string& netmaskKey, const std::string& gatewayKey,
-                          const std::string& speedKey);
+    /// The pages in menu order: routes, mapper names, menu entries and status methods.
+    static const std::vector<page::Page>& Pages();
 };
 
 }  // namespace panelkit::apps

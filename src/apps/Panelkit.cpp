@@ -1,12 +1,19 @@
 // panelkit apps: the root of the synchronous page tree.
 #include "apps/Panelkit.h"
 
+#include "apps/JsonRpc.h"
 #include "apps/Network.h"
 #include "apps/Regulatory.h"
 #include "apps/Service.h"
 #include "apps/Settings.h"
 #include "util/PluginManager.h"
-#include "util/Util.h"
+#include "util/Commands.h"
+#include "util/Environment.h"
+#include "util/Files.h"
+#include "util/FlagFiles.h"
+#include "web/ApplicationsPool.h"
+#include "web/MountPoint.h"
+#include "web/Service.h"
 #include "web/Settings.h"
 
 #include <memory>
@@ -23,6 +30,20 @@ Panelkit::Panelkit(web::Service& service) : web::Application(service)
     dispatcher().assign("/?", [&pages] { pages.General(); });
     util::PluginManager::Instance().AttachSynchronousAppsHook(*this, service);
     mapper().root("/" + settings().at("panelkit.root.sync").asString());
+}
+
+void Panelkit::Mount(web::Service& service)
+{
+    const web::Settings& settings = service.settings();
+    service.applicationsPool().mount(
+        [](web::Service& s) { return std::unique_ptr<web::Application>(new Panelkit(s)); },
+        web::MountPoint("/" + settings.at("panelkit.root.sync").asString() + "(.*)", 1));
+    auto container = std::make_shared<web::Application>(service);
+    service.applicationsPool().mountAsync(container,
+                                          web::MountPoint("/" + settings.at("panelkit.root.async").asString() + "(.*)", 1));
+    container->attach(std::make_unique<JsonRpc>(service), "rpc", "",
+                      "/" + settings.at("panelkit.root.rpc").asString() + "(.*)", 0);
+    util::PluginManager::Instance().AttachAsynchronousAppsHook(*container, service);
 }
 
 void Panelkit::main(const std::string& url)

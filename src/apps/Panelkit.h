@@ -14,6 +14,9 @@ public:
     /// Builds the controllers of one pooled worker.
     explicit Panelkit(web::Service& service);
     void main(const std::string& url) override;
+    /// Mounts the page tree under "/" + sync, and the asynchronous container under "/" + async with
+    /// the JSON-RPC service at "/" + rpc and the plugins' applications beside it.
+    static void Mount(web::Service& service);
 };
 
 }  // namespace panelkit::apps

@@ -1,62 +1,45 @@
 // panelkit apps: the Settings controller (general information, firmware, reboot, advanced, about).
 #include "apps/Settings.h"
 
-#include "apps/RoutePage.h"
-#include "data/General.h"
-#include "util/Binding.h"
-#include "util/DevicePath.h"
-#include "util/Util.h"
-#include "web/Settings.h"
+#include "pages/General.h"
 
 namespace panelkit::apps {
+
+namespace {
+
+page::Page Pending(const std::string& name, const std::string& title, const std::string& menu)
+{
+    return page::Page(name, title).Menu(menu);
+}
+
+}  // namespace
 
 Settings::Settings(web::Service& service) : Base(service, "")
 {
     mapper().assign("/");
     dispatcher().assign("/?", [this] { General(); });
-    mapper().assign("general", "/general");
-    dispatcher().assign("/general", [this] { General(); });
-    RoutePage::Bind(*this, {
-                               {"firmware", "/firmware", "/firmware", "Firmware"},
-                               {"firmware_upgrade_status", "/firmware_upgrade_status", "/firmware_upgrade_status",
-                                "Firmware Upgrade Status"},
-                               {"reboot", "/reboot", "/reboot", "Reboot"},
-                               {"advanced", "/advanced", "/advanced", "Advanced"},
-                               {"about", "/about", "/about", "About"},
-                           });
-    mapper().assign("about2", "/about/{1}/{2}");
-    dispatcher().assign(
-        "/about/([A-Za-z0-9][A-Za-z0-9-\\+\\.]*)/([A-Za-z0-9][A-Za-z0-9-_\\+\\.]*)",
-        [this](std::string package, std::string file) {
-            RoutePage::Render(*this, "About " + package + " " + file, "about2", {package, file});
-        },
-        1, 2);
-    dispatcher().assign("", [this] { General(); });
+    Bind(Pages());
+}
+
+const std::vector<page::Page>& Settings::Pages()
+{
+    static const std::vector<page::Page> pages = {
+        pages::General(),
+        Pending("firmware", "Firmware", "Firmware"),
+        Pending("firmware_upgrade_status", "Firmware Upgrade Status", ""),
+        Pending("reboot", "Reboot", "Reboot"),
+        Pending("advanced", "Advanced", "Advanced"),
+        Pending("about", "About", "About"),
+        page::Page("about2", "About")
+            .Route("/about/{1}/{2}", {"/about/([A-Za-z0-9][A-Za-z0-9-\\+\\.]*)/([A-Za-z0-9][A-Za-z0-9-_\\+\\.]*)"}, {1, 2})
+            .Title([](const std::vector<std::string>& args) { return "About " + args[0] + " " + args[1]; }),
+    };
+    return pages;
 }
 
 void Settings::General()
 {
-    data::General content;
-    forms::General& form = content.form;
-    Prepare(content);
-    content.title = "General Device Configuration";
-    content.assembly_serial_number = util::SystemAssemblySN();
-    content.device_id = util::SystemDeviceID();
-    content.refresh_interval = 1000;
-    content.status_url = StatusUrl();
-    const std::vector<util::Binding> bindings = {util::Bindings::Text(form.deviceName, "net/hostname"),
-                                                 util::Bindings::Select(form.language, "language")};
-    if (HttpPost()) {
-        if (!ValidateForm(form))
-            content.message = data::Message::ValidationError();
-        else
-            content.message = util::Bindings::Save(bindings) ? data::Message::SaveOK() : data::Message::SaveError();
-    } else if (HttpGet()) {
-        util::Bindings::Load(bindings);
-    }
-    content.sections.emplace_back("Uname", util::ShellCommand("uname -a", 4096));
-    content.sections.emplace_back("Version Info", util::ShellCommand("cat " + util::ShellDevicePath("/etc/version"), 4096));
-    render("General", content);
+    Serve(Pages().front());
 }
 
 }  // namespace panelkit::apps

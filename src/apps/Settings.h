@@ -2,16 +2,19 @@
 #pragma once
 
 #include "apps/Base.h"
+#include "page/Page.h"
 
-#include <string>
+#include <vector>
 
 namespace panelkit::apps {
 
 /// The device's own settings pages below "/settings".
 class Settings : public Base {
 public:
-    /// Registers the routes and mapper names of the Settings pages.
+    /// Routes every page of the table; the bare controller URL shows the General page.
     explicit Settings(web::Service& service);
+    /// The pages in menu order.
+    static const std::vector<page::Page>& Pages();
     /// The General page (also the page of the bare configuration root).
     void General();
 };

@@ -73,7 +73,7 @@ std::string Base::MediaUrl(const std::string& path)
         Poco::URI::encode(content_.build_date, "&?#+", encoded);
         revision_ = "?rev=" + web::Html::Escape(encoded);
     }
-    return content_.media_root + path + revision_;
+    return web::Html::Escape(content_.media_root) + path + revision_;
 }
 
 void Base::render_input_and_error(const web::widgets::BaseWidget& widget)
@@ -115,7 +115,7 @@ void Base::render_head()
     Esc(content_.branding.window_text);
     out_ << "</title>\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=utf-8\" />\n"
          << "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\" />\n"
-         << "<link rel=\"icon\" href=\"" << content_.media_root << "/images/Brenvik.ico\" />\n";
+         << "<link rel=\"icon\" href=\"" << web::Html::Escaped{content_.media_root} << "/images/Brenvik.ico\" />\n";
     for (const char* sheet : {"/css/jquery-ui.min.css", "/css/screen.css"})
         out_ << "<link rel=\"stylesheet\" type=\"text/css\" href=\"" << MediaUrl(sheet) << "\" />\n";
     for (const char* script : {"/js/jquery.min.js", "/js/jquery-ui.min.js", "/js/onload.js"})

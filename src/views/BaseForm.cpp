@@ -23,11 +23,23 @@ void BaseForm::render_row(const web::widgets::BaseWidget& widget, const std::str
     }
     if (!classes.empty())
         out_ << " class=\"" << classes << "\"";
+    for (const auto& [name, value] : widget.data()) {
+        out_ << " data-";
+        Esc(name);
+        out_ << "=\"";
+        Esc(value);
+        out_ << "\"";
+    }
     out_ << "><th>";
     if (!widget.message().empty()) {
-        out_ << "<label for=\"";
-        Esc(widget.id());
-        out_ << "\">";
+        // A label points at its input only when the input has an id to point at.
+        if (widget.id().empty()) {
+            out_ << "<label>";
+        } else {
+            out_ << "<label for=\"";
+            Esc(widget.id());
+            out_ << "\">";
+        }
         Esc(widget.message());
         out_ << "</label>";
     }

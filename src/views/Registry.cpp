@@ -4,9 +4,7 @@
 #include "views/BaseForm.h"
 #include "views/BaseFormTabbed.h"
 #include "views/BaseTabbed.h"
-#include "views/DNSServer.h"
-#include "views/Ethernet1.h"
-#include "views/General.h"
+#include "views/PageView.h"
 #include "views/WaitReboot.h"
 #include "web/Error.h"
 
@@ -20,10 +18,10 @@ const Registry& Registry::Instance()
         r.add<BaseForm, data::Base>("BaseForm");
         r.add<BaseFormTabbed, data::BaseTabbed>("BaseFormTabbed");
         r.add<BaseTabbed, data::BaseTabbed>("BaseTabbed");
-        r.add<General, data::General>("General");
+        r.add<PageView, page::Content>("General");
         r.add<WaitReboot, data::Reboot>("WaitReboot");
-        r.add<Ethernet1, data::Ethernet1>("Ethernet1");
-        r.add<DNSServer, data::DNSServer>("DNSServer");
+        r.add<PageView, page::Content>("Ethernet1");
+        r.add<PageView, page::Content>("DNSServer");
         return r;
     }();
     return registry;

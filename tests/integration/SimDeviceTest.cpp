@@ -4,7 +4,11 @@
 #include "Server.h"
 #include "TempDir.h"
 #include "util/DevicePath.h"
-#include "util/Util.h"
+#include "util/Commands.h"
+#include "util/DeviceIdentity.h"
+#include "util/Environment.h"
+#include "util/Files.h"
+#include "util/FlagFiles.h"
 
 #include <gtest/gtest.h>
 

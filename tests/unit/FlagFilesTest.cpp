@@ -1,7 +1,11 @@
 // Flag files shared with the main loop, the upgrade lock, directory listings and environment look-ups.
 #include "TempDir.h"
 #include "util/DevicePath.h"
-#include "util/Util.h"
+#include "util/Commands.h"
+#include "util/DeviceIdentity.h"
+#include "util/Environment.h"
+#include "util/Files.h"
+#include "util/FlagFiles.h"
 #include "web/Settings.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,11 @@
 #include "Process.h"
 #include "TempDir.h"
 #include "util/DevicePath.h"
-#include "util/Util.h"
+#include "util/Commands.h"
+#include "util/DeviceIdentity.h"
+#include "util/Environment.h"
+#include "util/Files.h"
+#include "util/FlagFiles.h"
 
 #include <gtest/gtest.h>
 

@@ -3,6 +3,8 @@
 
 #include <ostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace panelkit::web {
 class Request;
@@ -62,6 +64,10 @@ public:
     bool set() const { return set_; }
     /// Marks the widget as holding a value or not.
     void set(bool set) { set_ = set; }
+    /// Adds an attribute "data-" + name for the page's scripts, written on the widget's row.
+    void data(const std::string& name, const std::string& value) { data_.emplace_back(name, value); }
+    /// The data attributes, (name, value) in order.
+    const std::vector<std::pair<std::string, std::string>>& data() const { return data_; }
 
     /// Reads the widget's value from the request (a POST's values).
     virtual void load(const Request& request) = 0;
@@ -86,6 +92,7 @@ private:
     bool readonly_ = false;
     bool nonEmpty_ = false;
     bool set_ = false;
+    std::vector<std::pair<std::string, std::string>> data_;
 };
 
 }  // namespace panelkit::web::widgets

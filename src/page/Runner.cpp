@@ -1,0 +1,113 @@
+// panelkit page: the one flow of every declared page: prepare, load, validate, store in order, message, render.
+#include "page/Runner.h"
+
+#include "apps/Base.h"
+#include "page/Content.h"
+#include "page/Page.h"
+#include "util/FlagFiles.h"
+#include "views/PageView.h"
+#include "web/Log.h"
+#include "web/Response.h"
+
+namespace panelkit::page {
+
+namespace {
+
+// The form a post was meant for: the only one, or the one whose submit was sent.
+int PostedForm(apps::Base& app, const Page& page)
+{
+    const auto& forms = page.Forms();
+    for (std::size_t i = 0; i < forms.size(); ++i) {
+        const auto& spec = forms[i];
+        if (spec.submitName.empty() ? forms.size() == 1 : app.HttpPost(spec.submitName) == spec.submitValue)
+            return static_cast<int>(i);
+    }
+    return -1;
+}
+
+}  // namespace
+
+void Runner::Serve(apps::Base& app, const Page& page, const std::vector<std::string>& args)
+{
+    Content content(page);
+    app.Prepare(content);
+    content.title = page.TitleFor(args);
+    if (!page.StatusMethod().empty()) {
+        content.refresh_interval = 1000;
+        content.status_url = app.StatusUrl();
+    }
+    for (const auto& [label, value] : page.Facts())
+        content.facts.emplace_back(label, value());
+    Call call{app, content, *content.forms.front(), args};
+    for (const auto& hook : page.Preparations())
+        hook(call);
+    if (app.HttpPost() && _Post(app, page, content, args))
+        return;
+    // Forms the request did not post show what is stored.
+    if (app.HttpPost() || app.HttpGet())
+        for (std::size_t i = 0; i < content.forms.size(); ++i)
+            if (static_cast<int>(i) != content.posted)
+                content.forms[i]->Load();
+    for (const auto& block : page.DiagnosticsBlocks())
+        content.sections.emplace_back(block.title, block.make());
+    _Render(app, page, content);
+}
+
+bool Runner::_Post(apps::Base& app, const Page& page, Content& content, const std::vector<std::string>& args)
+{
+    for (const auto& button : page.Buttons()) {
+        if (app.HttpPost(button.name) != button.value)
+            continue;
+        Call call{app, content, *content.forms.front(), args};
+        return button.action(call);
+    }
+    const int index = PostedForm(app, page);
+    if (index < 0) {
+        if (!page.Forms().empty())
+            PK_ERROR() << "Unknown submit received";
+        return false;
+    }
+    content.posted = index;
+    _PostForm(app, page, content, static_cast<std::size_t>(index), args);
+    return false;
+}
+
+void Runner::_PostForm(apps::Base& app, const Page& page, Content& content, std::size_t index,
+                       const std::vector<std::string>& args)
+{
+    const Page::FormSpec& spec = page.Forms()[index];
+    Form& form = *content.forms[index];
+    Call call{app, content, form, args};
+    bool valid = app.ValidateForm(form);
+    for (std::size_t i = 0; valid && i < spec.checks.size(); ++i)
+        valid = spec.checks[i](call);
+    if (!valid) {
+        if (content.message.GetResultClass() == data::Message::ResultClass::None)
+            content.message = data::Message::ValidationError();
+    } else if (spec.save ? spec.save(call) : form.Save(spec.saveOrder)) {
+        // A page's own save may have said what happened; otherwise the standard outcome.
+        if (content.message.GetResultClass() == data::Message::ResultClass::None)
+            content.message = spec.savedText.empty() ? data::Message::SaveOK() : data::Message::OK(spec.savedText);
+        if (spec.reboot) {
+            util::MarkRebootRequired();
+            content.reboot_required = util::IsRebootRequired();
+        }
+        if (spec.after)
+            spec.after(call);
+    } else if (content.message.GetResultClass() == data::Message::ResultClass::None) {
+        content.message = data::Message::SaveError();
+    }
+    if (!spec.reloadNames.empty() && form.Value(spec.reloadField) == spec.reloadValue)
+        form.Load(spec.reloadNames);
+}
+
+void Runner::_Render(apps::Base& app, const Page& page, Content& content)
+{
+    if (!page.ViewName().empty()) {
+        app.render(page.ViewName(), content);
+        return;
+    }
+    views::PageView(app.response().out(), content, app).render();
+}
+
+}  // namespace panelkit::page

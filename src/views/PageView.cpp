@@ -1,0 +1,150 @@
+// panelkit views: the default view of a declared page: a form, a form with a status tab, or a tab per form.
+#include "views/PageView.h"
+
+#include "page/Page.h"
+
+namespace panelkit::views {
+
+PageView::PageView(std::ostream& out, page::Content& content, const web::Application& app)
+    : BaseForm(out, content, app), page_(content)
+{
+}
+
+void PageView::render_page()
+{
+    const page::Page& page = page_.page;
+    if (!page.IntroText().empty()) {
+        out_ << "<p class=\"";
+        Esc(page.IntroClass());
+        out_ << "\">";
+        Esc(page.IntroText());
+        out_ << "</p>";
+    }
+    switch (page.GetLayout()) {
+    case page::Page::Layout::Plain:
+        return;
+    case page::Page::Layout::Form:
+        if (!page.Forms().empty())
+            render_config_tab(0);
+        return;
+    case page::Page::Layout::Tabbed:
+        out_ << "<div id=\"tabcontainer\"><ul class=\"tabnav\"><li><a href=\"#config_tab\">Configuration</a></li>"
+                "<li><a href=\"#status_tab\">Status</a></li></ul>\n<div id=\"config_tab\" class=\"tabdiv\">";
+        render_config_tab(0);
+        out_ << "</div>\n<div id=\"status_tab\" class=\"tabdiv\">";
+        render_status_tab();
+        out_ << "</div></div>\n";
+        return;
+    case page::Page::Layout::MultiForm:
+        out_ << "<div id=\"tabcontainer\"><ul class=\"tabnav\">";
+        for (const auto& spec : page.Forms()) {
+            out_ << "<li><a href=\"#";
+            Esc(spec.id + "_tab");
+            out_ << "\">";
+            Esc(spec.tab);
+            out_ << "</a></li>";
+        }
+        out_ << "</ul>\n";
+        for (std::size_t i = 0; i < page.Forms().size(); ++i) {
+            out_ << "<div id=\"";
+            Esc(page.Forms()[i].id + "_tab");
+            out_ << "\" class=\"tabdiv\">";
+            render_config_tab(i);
+            out_ << "</div>\n";
+        }
+        out_ << "</div>\n";
+        return;
+    }
+}
+
+void PageView::render_facts()
+{
+    for (const auto& [label, value] : page_.facts) {
+        out_ << "<tr><th>";
+        Esc(label);
+        out_ << "</th><td class=\"ui-serial-number\"><b>";
+        Esc(value);
+        out_ << "</b></td></tr>";
+    }
+}
+
+void PageView::render_config_tab(std::size_t index)
+{
+    const auto& spec = page_.page.Forms()[index];
+    out_ << "<div id=\"";
+    Esc(spec.id);
+    out_ << "\"><form method=\"post\" action=\"\"" << (spec.multipart ? " enctype=\"multipart/form-data\"" : "")
+         << "><table class=\"form_table\">";
+    if (index == 0)
+        render_facts();
+    render_form(*page_.forms[index]);
+    out_ << "</table></form></div>";
+}
+
+void PageView::render_status_tab()
+{
+    const page::Page& page = page_.page;
+    const bool diagnostics = !page.DiagnosticsId().empty();
+    if (diagnostics && page.DiagnosticsFirst()) {
+        out_ << "<div class=\"command_output\" id=\"";
+        Esc(page.DiagnosticsId());
+        out_ << "\">";
+        render_sections(page_.sections);
+        out_ << "</div>";
+    }
+    out_ << "<div class=\"command_output\" id=\"";
+    Esc(page.StatusTarget());
+    out_ << "\"><img src=\"";
+    Esc(content_.media_root);
+    out_ << "/images/spinner.gif\" alt=\"Loading\" class=\"spinner_image\" /></div>";
+    if (diagnostics && !page.DiagnosticsFirst()) {
+        out_ << "<div class=\"command_output\" id=\"";
+        Esc(page.DiagnosticsId());
+        out_ << "\">";
+        render_sections(page_.sections);
+        out_ << "</div>";
+    }
+}
+
+void PageView::render_sections(const std::vector<data::ShellOutput::Section>& sections)
+{
+    out_ << "<table class=\"shell_output\">";
+    for (const auto& section : sections) {
+        out_ << "<tr><td><h3>";
+        Esc(section.title);
+        out_ << "</h3><div class=\"command_output\"><pre>";
+        Esc(section.output);
+        out_ << "</pre></div></td></tr>";
+    }
+    out_ << "</table>";
+}
+
+void PageView::render_scripts()
+{
+    BaseForm::render_scripts();
+    const page::Page& page = page_.page;
+    if (page.GetLayout() == page::Page::Layout::Tabbed || page.GetLayout() == page::Page::Layout::MultiForm)
+        ScriptData("tabs")["selected"] = page_.selected_tab;
+    if (page.StatusMethod().empty())
+        return;
+    Json::Value& status = ScriptData("status");
+    status["url"] = page_.status_url;
+    status["interval"] = page_.refresh_interval;
+    status["method"] = page.StatusMethod();
+    status["target"] = page.StatusTarget();
+    if (page.StatusSeparated())
+        status["separated"] = true;
+    Json::Value& sections = status["sections"];
+    sections = Json::Value(Json::arrayValue);
+    for (const auto& block : page.StatusBlocks()) {
+        Json::Value section;
+        section["member"] = block.member;
+        section["title"] = block.title;
+        sections.append(section);
+    }
+    AddScript("/js/status.js");
+    if (!page.StatusRenderer().empty())
+        AddScript(page.StatusRenderer());
+}
+
+}  // namespace panelkit::views

@@ -1,0 +1,70 @@
+// panelkit tests: pages served in-process on a simulated device: render a page, post a form, call a status method.
+#pragma once
+
+#include "TempDir.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace panelkit::web {
+class Service;
+}
+
+namespace panelkit::test {
+
+/// The posted fields of a form, in order (a name may come several times).
+using Fields = std::vector<std::pair<std::string, std::string>>;
+
+/// What the service answered.
+struct PageReply {
+    int status = 0;
+    std::string body;
+};
+
+/// A simulated device root and panelkit's trees mounted on a service that is not listening:
+/// requests go through the same parser, dispatcher, controllers and views as on the device.
+class PageFixture : public ::testing::Test {
+protected:
+    PageFixture();
+    ~PageFixture() override;
+
+    /// GETs a path.
+    PageReply Get(const std::string& path);
+    /// POSTs the fields as a browser submits the page's form, with a valid form token.
+    PageReply Post(const std::string& path, const Fields& fields);
+    /// The whole JSON-RPC answer of a method called with the parameters.
+    Json::Value Rpc(const std::string& method, const Json::Value& params = Json::Value(Json::arrayValue));
+    /// The result of a method that must answer without error.
+    Json::Value Call(const std::string& method);
+
+    /// A value of the store, "<missing>" when it has none.
+    std::string StoreGet(const std::string& key);
+    /// Stores a text value.
+    void StoreSet(const std::string& key, const std::string& value);
+    /// Makes every later write of the key fail, as a full or broken store would.
+    void StoreRefuse(const std::string& key);
+    /// The programs the device ran, one line each.
+    std::string CommandLog() const;
+    /// Whether a save asked for a reboot.
+    bool RebootMarked() const;
+    /// A device path inside the device root.
+    std::string DevicePath(const std::string& path) const { return root_ / ("device" + path); }
+    /// Writes a file of the device.
+    void WriteDeviceFile(const std::string& path, const std::string& content, bool executable = false);
+
+    TempDir root_;
+
+private:
+    PageReply _Serve(const std::string& method, const std::string& path, const std::string& contentType,
+                     const std::string& body);
+
+    std::unique_ptr<web::Service> service_;
+};
+
+}  // namespace panelkit::test
