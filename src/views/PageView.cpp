@@ -30,7 +30,8 @@ void PageView::render_page()
     case page::Page::Layout::Tabbed:
         out_ << "<div id=\"tabcontainer\"><ul class=\"tabnav\"><li><a href=\"#config_tab\">Configuration</a></li>"
                 "<li><a href=\"#status_tab\">Status</a></li></ul>\n<div id=\"config_tab\" class=\"tabdiv\">";
-        render_config_tab(0);
+        if (!page.Forms().empty())
+            render_config_tab(0);
         out_ << "</div>\n<div id=\"status_tab\" class=\"tabdiv\">";
         render_status_tab();
         out_ << "</div></div>\n";

@@ -41,6 +41,16 @@ std::string BuildDir()
 
 }  // namespace
 
+std::string SectionText(const std::string& page, const std::string& title)
+{
+    const std::string start = "<h3>" + title + "</h3><div class=\"command_output\"><pre>";
+    const auto at = page.find(start);
+    if (at == std::string::npos)
+        return "";
+    const auto from = at + start.size();
+    return page.substr(from, page.find("</pre>", from) - from);
+}
+
 PageFixture::PageFixture()
 {
     const std::string device = root_ / "device";

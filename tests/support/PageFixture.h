@@ -21,6 +21,15 @@ namespace panelkit::test {
 /// The posted fields of a form, in order (a name may come several times).
 using Fields = std::vector<std::pair<std::string, std::string>>;
 
+/// True when the text holds the part.
+inline bool Has(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+/// The text of the pre block under a section heading of a page, "" when the page has none.
+std::string SectionText(const std::string& page, const std::string& title);
+
 /// What the service answered.
 struct PageReply {
     int status = 0;

@@ -1,0 +1,110 @@
+// The status service of the real binary on a simulated device: its URL, the service's own methods,
+// notifications, and the firmware tool's state.
+#include "Http.h"
+#include "Server.h"
+
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+using namespace panelkit::test;
+
+namespace {
+
+bool Has(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+class StatusService : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(server_.simulateDevice());
+        ASSERT_TRUE(server_.start()) << server_.log();
+    }
+
+    // The result of a JSON-RPC call without parameters.
+    Json::Value Call(const std::string& method)
+    {
+        const HttpReply reply = Rpc(server_.port(), "/async/rpc", method);
+        Json::Value answer;
+        std::string errors;
+        const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+        EXPECT_TRUE(reader->parse(reply.body.data(), reply.body.data() + reply.body.size(), &answer, &errors))
+            << reply.body;
+        EXPECT_TRUE(answer["error"].isNull()) << reply.body;
+        return answer["result"];
+    }
+
+    std::string CommandLog() const { return ReadFile(server_.devicePath("/var/log/sim-commands.log")); }
+
+    Server server_;
+};
+
+const char kEthernet[] = "/config/network/ethernet1";
+const char kDns[] = "/config/network/dns_server";
+const char kGeneral[] = "/config/settings/general";
+
+}  // namespace
+
+TEST_F(StatusService, TabbedPagesPostToTheConfiguredStatusUrl)
+{
+    for (const char* path : {kEthernet, kDns, kGeneral})
+        EXPECT_TRUE(Has(Get(server_.port(), path).body, "\"url\":\"/async/rpc\"")) << path;
+}
+
+TEST(StatusUrl, FollowsTheAsynchronousRootAndTheRpcName)
+{
+    Server server;
+    server.config()["panelkit"]["root"]["async"] = "status";
+    server.config()["panelkit"]["root"]["rpc"] = "json";
+    ASSERT_TRUE(server.start()) << server.log();
+    for (const char* path : {kEthernet, kDns, kGeneral})
+        EXPECT_TRUE(Has(Get(server.port(), path).body, "\"url\":\"/status/json\"")) << path;
+    EXPECT_EQ(200, Rpc(server.port(), "/status/json", "dns_server_status").status);
+}
+
+TEST_F(StatusService, TailSyslogReadsThePersistentLogOnlyForLowerCaseYes)
+{
+    server_.writeDeviceFile("/var/log/messages", "volatile line\n");
+    server_.writeDeviceFile("/home/root/log/messages", "persistent line\n");
+    ASSERT_TRUE(server_.storeSet("syslogd/persistent", "Yes"));
+    EXPECT_EQ("volatile line\n", Call("tail_syslog")["tail"].asString());
+    ASSERT_TRUE(server_.storeSet("syslogd/persistent", "yes"));
+    EXPECT_EQ("persistent line\n", Call("tail_syslog")["tail"].asString());
+}
+
+TEST_F(StatusService, PrepareFirmwareUpgradeSuspendsTheDeployer)
+{
+    EXPECT_EQ(0, Call("prepare_fw_upgrade").asInt());
+    EXPECT_TRUE(Has(CommandLog(), "/usr/bin/vigild --suspend deployer\n"));
+}
+
+TEST(PrepareFirmwareUpgrade, WithoutTheWatchdogToolAnswersTheShellStatus)
+{
+    Server server;
+    ASSERT_TRUE(server.start()) << server.log();
+    const HttpReply reply = Rpc(server.port(), "/async/rpc", "prepare_fw_upgrade");
+    EXPECT_EQ(R"({"error":null,"id":1,"result":32512})", reply.body);
+}
+
+TEST_F(StatusService, NotificationsOfTheStatusMethodsAreNotServed)
+{
+    for (const char* method : {"general_dynamic_status", "ethernet1_status", "dns_server_status", "tail_syslog",
+                               "prepare_fw_upgrade", "fw_upgrade_status"}) {
+        const HttpReply reply = Http(server_.port(), "POST", "/async/rpc",
+                                     std::string(R"({"method":")") + method + R"(","params":[]})", "application/json");
+        EXPECT_EQ(400, reply.status) << method;
+        EXPECT_TRUE(Has(reply.body, "Notifications are not served")) << method;
+        EXPECT_TRUE(Has(reply.body, "\"result\":null")) << reply.body;
+    }
+    EXPECT_FALSE(Has(CommandLog(), "vigild"));
+}
+
+TEST_F(StatusService, FirmwareUpgradeStatusReportsFailureWithoutAStatusFile)
+{
+    EXPECT_EQ("{ 'state' : 'failed' }", Call("fw_upgrade_status").asString());
+    EXPECT_TRUE(Has(server_.log(), "firmware upgrade failed"));
+    server_.writeDeviceFile("/tmp/fwtool_status.txt", "{ 'state' : 'done' }\nsecond line\n");
+    EXPECT_EQ("{ 'state' : 'done' }", Call("fw_upgrade_status").asString());
+}
