@@ -121,7 +121,8 @@ TEST_F(SimDevice, EveryDeviceProgramHasAnExecutableStandIn)
                                 "/usr/bin/ubi_get_volume_versions.sh", "/etc/erase/erase-partition", "/usr/bin/logdeployer",
                                 "/usr/sbin/lighttpd_set_passwd.sh", "/usr/sbin/chpasswd", "/sbin/ifconfig", "/usr/sbin/iw",
                                 "/usr/sbin/brctl", "/usr/sbin/ethtool", "/usr/sbin/iptables", "/sbin/route",
-                                "/usr/sbin/pppstats", "/bin/netstat"})
+                                "/usr/sbin/pppstats", "/bin/netstat", "/bin/uname", "/bin/ps", "/usr/bin/top",
+                                "/usr/bin/uptime"})
         EXPECT_EQ(0, ::access(path(program).c_str(), X_OK)) << program;
 }
 
