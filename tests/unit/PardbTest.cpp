@@ -20,7 +20,7 @@ using panelkit::util::Pardb;
 
 namespace {
 
-// Each test binary run (one test each under CTest) gets its own initialised device root.
+// Each test gets its own initialised device root; the process's shared client follows it.
 class PardbStore : public ::testing::Test {
 protected:
     void SetUp() override
@@ -266,6 +266,20 @@ TEST_F(PardbStore, OneClientCalledFromManyThreadsWithoutALockLosesNothing)
     for (auto& thread : threads)
         thread.join();
     EXPECT_EQ(200u, Pardb::GetList("mix").size());
+}
+
+TEST_F(PardbStore, TheSharedClientFollowsTheDeviceRoot)
+{
+    ASSERT_TRUE(Pardb::Set("net/hostname", std::string("first-router")));
+    TempDir other;
+    Poco::File(other / "var/lib/pardb").createDirectories();
+    panelkit::util::SetDeviceRoot(other.path());
+    EXPECT_FALSE(Pardb::Exists("net/hostname")) << "the other device's store starts empty";
+    ASSERT_TRUE(Pardb::Set("net/hostname", std::string("second-router")));
+    EXPECT_EQ(other.path() + "/var/lib/pardb/store.db", Pardb::lib().path());
+    panelkit::util::SetDeviceRoot(root_.path());
+    EXPECT_EQ("first-router", Pardb::GetString("net/hostname"));
+    EXPECT_EQ(root_.path() + "/var/lib/pardb/store.db", Pardb::lib().path());
 }
 
 // The client is created once per process, so these two open their own connection.

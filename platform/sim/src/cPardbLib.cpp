@@ -80,9 +80,21 @@ cPardbLib::cPardbLib(PARDB_CLIENT_ID_T client)
 
 cPardbLib::~cPardbLib()
 {
+    close();
+}
+
+void cPardbLib::close()
+{
     for (const auto& entry : compiled_)
         sqlite3_finalize(entry.second);
+    compiled_.clear();
     sqlite3_close_v2(db_);
+    db_ = nullptr;
+    generation_ = std::make_unique<StoreGeneration>();
+    reads_.clear();
+    readsGeneration_ = 0;
+    listing_.clear();
+    next_ = 0;
 }
 
 sqlite3_stmt* cPardbLib::compiled(const char* sql)
@@ -106,6 +118,14 @@ int cPardbLib::fail(const std::string& message)
 
 bool cPardbLib::open()
 {
+    // A process of the simulator may move to another device root (one test after another); the
+    // store and everything read from it belong to the root they came from.
+    const std::string path = StorePath();
+    if (path != path_) {
+        close();
+        path_ = path;
+        reported_ = false;
+    }
     if (db_)
         return true;
     if (!FolderExists(path_)) {

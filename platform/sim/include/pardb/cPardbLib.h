@@ -29,7 +29,8 @@ constexpr std::size_t PARDB_MAX_NAME = 128;
 /// One connection to the device's store. Every call returns 0 on success. Keys are
 /// slash-separated paths; leading slashes are dropped ("/net/a" and "net/a" are one key).
 /// The store lives at $PANELKIT_DEVICE_ROOT/var/lib/pardb/store.db; it is created on first
-/// use when its folder exists (an initialised device) and never otherwise.
+/// use when its folder exists (an initialised device) and never otherwise. When the variable
+/// names another root, the next call opens that root's store.
 /// Every call may come from any thread.
 class cPardbLib {
 public:
@@ -86,7 +87,10 @@ private:
 
     using Guard = std::lock_guard<std::mutex>;
 
+    /// Opens the store of the current device root, first closing one of another root.
     bool open();
+    /// Closes the store and forgets what was read from it.
+    void close();
     /// The compiled form of one of this class's statements, made once per connection.
     sqlite3_stmt* compiled(const char* sql);
     int fail(const std::string& message);
