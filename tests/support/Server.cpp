@@ -114,6 +114,11 @@ bool Server::storeSet(const std::string& key, const std::string& value, const st
     return RunTool(work_, args).first == 0;
 }
 
+bool Server::storeRefuse(const std::string& key) const
+{
+    return RunTool(work_, {PANELKIT_PARDB, "--root", work_ / "device", "refuse", key}).first == 0;
+}
+
 bool Server::rebootMarked() const
 {
     return work_.exists("device/tmp/panelkit_reboot_flag");

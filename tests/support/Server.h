@@ -46,6 +46,9 @@ public:
     std::string storeGet(const std::string& key) const;
     /// Writes a store value with the pardb tool ("--int" as type for an integer).
     bool storeSet(const std::string& key, const std::string& value, const std::string& type = "") const;
+    /// Makes the device's store refuse every later write and delete of the key, as a failing store
+    /// would (`pardb refuse KEY`); false when the tool failed.
+    bool storeRefuse(const std::string& key) const;
     /// Whether a save asked for a reboot: the flag file exists.
     bool rebootMarked() const;
     /// Everything the process logged so far.

@@ -66,6 +66,9 @@ public:
     int getList(const char* prefix, int flags);
     /// Copies the next listed name into a PARDB_MAX_NAME buffer; non-zero at the end.
     int getNext(char* name, int flags);
+    /// Simulator only, for tests of failing writes: from now on every setPar, addFile and delPar
+    /// of the key (and every delPar that would remove it) fails, in every process of the device.
+    int refusePar(const char* key);
     /// Forgets cached reads. Reads are kept until any process of the device writes the store,
     /// so values written elsewhere are seen on the next read even without this.
     void FlushReadCache();
@@ -96,6 +99,8 @@ private:
     int fail(const std::string& message);
     int read(const std::string& key, std::string& value, PARDB_PAR_T& type);
     int write(const std::string& key, PARDB_PAR_T type, const std::string& value);
+    /// True when the key, or with orBelow also a key below it, is refused.
+    bool refuses(const std::string& key, bool orBelow);
     /// The cached outcome of reading the key, or null; forgets everything once the store changed.
     const CachedRead* cached(const std::string& key);
     void remember(const std::string& key, CachedRead read);
