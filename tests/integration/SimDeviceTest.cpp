@@ -189,8 +189,11 @@ TEST_F(SimDevice, RebootRestartsTheWebServiceOfTheDevice)
     EXPECT_EQ(0, server.process().wait(20000)) << "the service ends as at shutdown: "
                                                 << ReadFile(path("/var/log/sim-reboot.log"));
     ASSERT_TRUE(WaitForText(path("/var/log/sim-reboot.log"), "restarted", 10000));
-    ASSERT_TRUE(WaitForPort(server.port(), 20000));
-    const HttpReply reply = Get(server.port(), "/config/");
+    // The restarted service lets the kernel choose its port again and tells it in the device's log.
+    const int port = WaitForListeningPort(path("/var/log/panelkit.log"), 20000);
+    ASSERT_NE(0, port) << ReadFile(path("/var/log/panelkit.log"));
+    ASSERT_TRUE(WaitForPort(port, 20000));
+    const HttpReply reply = Get(port, "/config/");
     EXPECT_EQ(200, reply.status);
     EXPECT_EQ(std::string::npos, reply.body.find("alertsBox")) << "the reboot flag is gone after the restart";
     const std::string pid = ReadFile(path("/var/run/panelkit.pid"));
