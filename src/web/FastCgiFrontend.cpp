@@ -1,6 +1,7 @@
 // panelkit web layer: the FastCGI front end (libfcgi), for running behind the device's web server.
 #include "web/FastCgiFrontend.h"
 
+#include "web/Listener.h"
 #include "web/Log.h"
 #include "web/Request.h"
 #include "web/RequestParser.h"
@@ -11,6 +12,7 @@
 
 #include <Poco/String.h>
 
+#include <fcntl.h>
 #include <fstream>
 #include <mutex>
 #include <sys/socket.h>
@@ -178,19 +180,24 @@ void FastCgiFrontend::start()
     std::call_once(g_fcgiInit, [] { FCGX_Init(); });
     const Settings& settings = service_.settings();
     socketPath_ = settings.get("service.socket", "");
-    std::string address = socketPath_;
-    if (address.empty())
-        address = settings.get("service.ip", "127.0.0.1") + ":" + std::to_string(settings.get("service.port", 8080));
-    else
+    if (socketPath_.empty()) {
+        // libfcgi would take port 0 for a socket path, so TCP is bound here; the workers own a
+        // descriptor of their own, not inherited by the programs the service starts.
+        const Poco::Net::ServerSocket tcp =
+            ListenTcp(settings.get("service.ip", "127.0.0.1"), settings.get("service.port", 8080), "fastcgi");
+        listenFd_ = ::fcntl(tcp.impl()->sockfd(), F_DUPFD_CLOEXEC, 0);
+        if (listenFd_ < 0)
+            throw Error("FastCGI: cannot listen on " + tcp.address().toString());
+    } else {
         ::unlink(socketPath_.c_str());  // left over from a previous pass or run
-
-    listenFd_ = FCGX_OpenSocket(address.c_str(), 64);
-    if (listenFd_ < 0)
-        throw Error("FastCGI: cannot listen on " + address);
+        listenFd_ = FCGX_OpenSocket(socketPath_.c_str(), 64);
+        if (listenFd_ < 0)
+            throw Error("FastCGI: cannot listen on " + socketPath_);
+        PK_INFO() << "listening on unix:" << socketPath_;
+    }
     stopping_ = false;
     for (int i = 0; i < service_.workerThreads(); ++i)
         workers_.emplace_back([this] { work(); });
-    PK_INFO() << "Serving FastCGI on " << address;
 }
 
 void FastCgiFrontend::stop()

@@ -2,6 +2,7 @@
 // server, reading requests through POCO's HTTP message and stream classes.
 #include "web/HttpFrontend.h"
 
+#include "web/Listener.h"
 #include "web/Log.h"
 #include "web/Request.h"
 #include "web/RequestParser.h"
@@ -336,9 +337,7 @@ void HttpFrontend::start()
     // threads than application workers; the applications pool bounds the latter.
     const int threads = settings.get("service.http_threads", std::max(16, 2 * service_.workerThreads()));
 
-    listener_ = std::make_unique<Poco::Net::ServerSocket>();
-    listener_->bind(Poco::Net::SocketAddress(ip, static_cast<Poco::UInt16>(port)), true);
-    listener_->listen(64);
+    listener_ = std::make_unique<Poco::Net::ServerSocket>(ListenTcp(ip, port, "http"));
 
     auto* params = new Poco::Net::TCPServerParams;
     params->setMaxThreads(threads);
@@ -350,7 +349,6 @@ void HttpFrontend::start()
     server_ = std::make_unique<Poco::Net::TCPServer>(new ConnectionFactory(service_, *connections_), *threads_,
                                                       *listener_, params);
     server_->start();
-    PK_INFO() << "Serving HTTP on " << ip << ":" << port;
 }
 
 void HttpFrontend::stop()

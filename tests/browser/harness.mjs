@@ -1,8 +1,7 @@
-// Browser test harness: a simulated device served by the real panelkit on a free loopback port,
+// Browser test harness: a simulated device served by the real panelkit on a loopback port of the kernel's choice,
 // and Debian's chromium driven headless by playwright-core.
 import { spawn, execFileSync } from "node:child_process";
 import fs from "node:fs";
-import net from "node:net";
 import os from "node:os";
 import path from "node:path";
 
@@ -21,37 +20,20 @@ const binary = process.env.PANELKIT_BINARY || path.join(buildDir, "panelkit");
 
 export const screenshotDir = path.join(buildDir, "screenshots");
 
-function freePort() {
-  return new Promise((resolve, reject) => {
-    const server = net.createServer();
-    server.unref();
-    server.on("error", reject);
-    server.listen(0, "127.0.0.1", () => {
-      const { port } = server.address();
-      server.close(() => resolve(port));
-    });
-  });
-}
-
-async function waitForPort(port, child, timeoutMs) {
+// panelkit binds a port the kernel chooses and announces it in its log; waits for that line.
+async function waitForAnnouncedPort(logFile, child, timeoutMs) {
   const deadline = Date.now() + timeoutMs;
   while (Date.now() < deadline) {
+    const announced = /listening on http:\/\/[^\s]*:(\d+)\s/.exec(fs.readFileSync(logFile, "utf8"));
+    if (announced) {
+      return Number(announced[1]);
+    }
     if (child.exitCode !== null) {
-      throw new Error(`panelkit exited with ${child.exitCode}`);
+      throw new Error(`panelkit exited with ${child.exitCode}: ${fs.readFileSync(logFile, "utf8")}`);
     }
-    const open = await new Promise((resolve) => {
-      const socket = net.connect(port, "127.0.0.1", () => {
-        socket.end();
-        resolve(true);
-      });
-      socket.on("error", () => resolve(false));
-    });
-    if (open) {
-      return;
-    }
-    await new Promise((resolve) => setTimeout(resolve, 50));
+    await new Promise((resolve) => setTimeout(resolve, 20));
   }
-  throw new Error("panelkit did not start listening");
+  throw new Error("panelkit did not announce its port");
 }
 
 // Starts panelkit against a fresh device root; files maps device paths to contents written first.
@@ -87,9 +69,8 @@ export async function startDevice({ files = {}, config = {}, examplePlugin = fal
     delete env.MOUNT_DIR;
   }
 
-  const port = await freePort();
   const settings = {
-    service: { api: "http", ip: "127.0.0.1", port, worker_threads: 2 },
+    service: { api: "http", ip: "127.0.0.1", port: 0, worker_threads: 2 },
     file_server: { enable: true, document_root: media },
     logging: { level: "debug", stderr: true },
     panelkit: {
@@ -102,9 +83,10 @@ export async function startDevice({ files = {}, config = {}, examplePlugin = fal
   };
   const configFile = path.join(work, "panelkit.json");
   fs.writeFileSync(configFile, JSON.stringify(settings));
-  const log = fs.openSync(path.join(work, "panelkit.log"), "a");
+  const logFile = path.join(work, "panelkit.log");
+  const log = fs.openSync(logFile, "a");
   const child = spawn(binary, ["-c", configFile], { stdio: ["ignore", log, log], env });
-  await waitForPort(port, child, 20000);
+  const port = await waitForAnnouncedPort(logFile, child, 20000);
   return {
     url: `http://127.0.0.1:${port}`,
     root,

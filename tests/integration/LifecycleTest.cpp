@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 
 using namespace panelkit::test;
 
@@ -24,6 +25,50 @@ TEST(Lifecycle, ReloadKeepsThePidLogsTheReloadAndServesAgain)
     EXPECT_EQ(pid, server.process().pid());
     EXPECT_EQ(200, Get(server.port(), "/config/").status);
     EXPECT_FALSE(server.work().exists("device/tmp/panelkit_freload_flag"));
+}
+
+namespace {
+
+int Count(const std::string& text, const std::string& part)
+{
+    int count = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
+}  // namespace
+
+TEST(Lifecycle, PortZeroIsTheKernelsChoiceAnnouncedOnceAndKeptOverAReload)
+{
+    Server server;
+    ASSERT_EQ(0, server.config()["service"]["port"].asInt());
+    ASSERT_TRUE(server.start()) << server.log();
+    const int port = server.port();
+    ASSERT_NE(0, port);
+    const std::string announced = "listening on http://127.0.0.1:" + std::to_string(port) + " ";
+    EXPECT_EQ(1, Count(server.log(), "listening on ")) << server.log();
+    EXPECT_EQ(1, Count(server.log(), announced)) << server.log();
+
+    ASSERT_EQ(200, Rpc(port, "/async/rpc", "reload").status);
+    ASSERT_TRUE(WaitForText(server.logPath(), "panelkit ** forced reload **", 10000)) << server.log();
+    ASSERT_TRUE(server.waitReady()) << server.log();
+    EXPECT_EQ(port, server.port());
+    EXPECT_EQ(2, Count(server.log(), announced)) << server.log();
+    EXPECT_EQ(200, Get(port, "/config/").status);
+}
+
+TEST(Lifecycle, FastCgiOverTcpOnPortZeroAnnouncesItsPort)
+{
+    Server server("fastcgi");
+    server.config()["service"].removeMember("socket");
+    server.start(false);
+    ASSERT_TRUE(WaitForText(server.logPath(), "listening on fastcgi://127.0.0.1:", 20000)) << server.log();
+    const std::string log = server.log();
+    const auto at = log.find("listening on fastcgi://127.0.0.1:") + std::string("listening on fastcgi://127.0.0.1:").size();
+    const int port = std::atoi(log.substr(at, log.find(' ', at) - at).c_str());
+    ASSERT_GT(port, 0) << log;
+    EXPECT_TRUE(WaitForPort(port, 5000, &server.process())) << log;
 }
 
 TEST(Lifecycle, ShutdownWithoutTheReloadFlagExitsWithStatusZero)

@@ -133,3 +133,33 @@ TEST_F(PardbCli, WritesOfAnotherProcessAreSeenAtOnce)
     ASSERT_EQ(0, store.setPar("net/lan_dns2", std::string("9.9.9.9")));
     EXPECT_EQ("9.9.9.9\n", RunAt({"get", "net/lan_dns2"}).out);
 }
+
+TEST_F(PardbCli, ARefusedKeyFailsToBeSetAndKeepsItsValue)
+{
+    ASSERT_EQ(0, RunAt({"set", "net/hostname", "router"}).status);
+    EXPECT_EQ(0, RunAt({"refuse", "net/hostname"}).status);
+    const Outcome set = RunAt({"set", "net/hostname", "excavator"});
+    EXPECT_EQ(1, set.status);
+    EXPECT_EQ("pardb: set net/hostname: the store refuses to write net/hostname\n", set.out);
+    const Outcome del = RunAt({"del", "net/hostname"});
+    EXPECT_EQ(1, del.status);
+    EXPECT_EQ("pardb: del net/hostname: the store refuses to delete net/hostname\n", del.out);
+    EXPECT_EQ("router\n", RunAt({"get", "net/hostname"}).out);
+}
+
+TEST_F(PardbCli, OtherKeysAreStillWrittenBesideARefusedOne)
+{
+    EXPECT_EQ(0, RunAt({"refuse", "net/lan_dns1"}).status);
+    EXPECT_EQ(1, RunAt({"set", "net/lan_dns1", "1.1.1.1"}).status);
+    EXPECT_EQ(0, RunAt({"set", "net/lan_dns2", "1.0.0.1"}).status);
+    EXPECT_EQ("net/lan_dns2\n", RunAt({"list", "net"}).out) << "a refused key is not a stored one";
+    EXPECT_EQ(1, RunAt({"get", "net/lan_dns1"}).status);
+}
+
+TEST_F(PardbCli, RefuseNeedsOneKey)
+{
+    const Outcome none = RunAt({"refuse"});
+    EXPECT_EQ(1, none.status);
+    EXPECT_NE(std::string::npos, none.out.find("pardb [--root DIR] refuse KEY")) << none.out;
+    EXPECT_EQ(1, RunAt({"refuse", ""}).status);
+}

@@ -1,4 +1,4 @@
-// panelkit tests: a real lighttpd on a free loopback port passing URL prefixes to a FastCGI socket.
+// panelkit tests: a real lighttpd on a loopback port passing URL prefixes to a FastCGI socket.
 #pragma once
 
 #include "Process.h"
@@ -17,12 +17,12 @@ public:
     Lighttpd(const std::string& fastcgiSocket, const std::vector<std::string>& prefixes);
     ~Lighttpd();
 
-    /// The HTTP port.
+    /// The HTTP port (the kernel's choice).
     int port() const { return port_; }
 
 private:
     TempDir work_;
-    int port_;
+    int port_ = 0;
     std::unique_ptr<Process> process_;
 };
 

@@ -1,11 +1,12 @@
 // panelkit tests: child processes (panelkit itself, lighttpd) with their output captured in a file.
 #include "Process.h"
 
-#include <Poco/Net/ServerSocket.h>
 #include <Poco/Net/StreamSocket.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
@@ -21,7 +22,7 @@ extern char** environ;
 namespace panelkit::test {
 
 Process::Process(const std::vector<std::string>& argv, const std::string& logFile,
-                 const std::map<std::string, std::string>& extraEnv)
+                 const std::map<std::string, std::string>& extraEnv, int passFd)
 {
     std::vector<std::string> env;
     for (char** e = environ; *e; ++e) {
@@ -47,9 +48,18 @@ Process::Process(const std::vector<std::string>& argv, const std::string& logFil
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, logFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    // Through a spare copy above 3, so that the duplicate made in the child is always a fresh one
+    // (a dup2 onto itself would keep close-on-exec).
+    const int spare = passFd < 0 ? -1 : ::fcntl(passFd, F_DUPFD_CLOEXEC, 10);
+    if (passFd >= 0 && spare < 0)
+        throw std::runtime_error("cannot pass a descriptor to " + argv[0] + ": " + std::strerror(errno));
+    if (spare >= 0)
+        posix_spawn_file_actions_adddup2(&actions, spare, 3);
     pid_t pid = -1;
     const int rc = ::posix_spawn(&pid, args[0], &actions, nullptr, args.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
+    if (spare >= 0)
+        ::close(spare);
     if (rc != 0)
         throw std::runtime_error("cannot start " + argv[0] + ": " + std::strerror(rc));
     pid_ = pid;
@@ -91,12 +101,6 @@ int Process::stop(int signal, int timeoutMs)
     return wait(timeoutMs);
 }
 
-int FreePort()
-{
-    Poco::Net::ServerSocket socket(Poco::Net::SocketAddress("127.0.0.1", 0));
-    return socket.address().port();
-}
-
 bool WaitForPort(int port, int timeoutMs, Process* process)
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
@@ -132,6 +136,27 @@ bool WaitForText(const std::string& path, const std::string& text, int timeoutMs
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
     return true;
+}
+
+int WaitForListeningPort(const std::string& logFile, int timeoutMs, Process* process)
+{
+    static const std::string kAnnounced = "listening on http://";
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (std::chrono::steady_clock::now() < deadline) {
+        // Read before asking whether the process still runs, so that a line written just before its end counts.
+        const std::string log = ReadFile(logFile);
+        const auto at = log.rfind(kAnnounced);
+        // The address ends the line's text: "... listening on http://127.0.0.1:40123 (Listener.cpp:40)".
+        const auto end = at == std::string::npos ? std::string::npos : log.find_first_of(" \n", at + kAnnounced.size());
+        if (end != std::string::npos) {
+            const auto colon = log.rfind(':', end);
+            return std::atoi(log.substr(colon + 1, end - colon - 1).c_str());
+        }
+        if (process && !process->running())
+            return 0;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return 0;
 }
 
 }  // namespace panelkit::test

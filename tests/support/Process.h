@@ -10,9 +10,10 @@ namespace panelkit::test {
 /// A program started with an argument vector, its standard output and error sent to a log file.
 class Process {
 public:
-    /// Starts the program; extraEnv is added to this process's environment.
+    /// Starts the program; extraEnv is added to this process's environment. A descriptor given as
+    /// passFd is the program's descriptor 3 (a listening socket handed over as socket activation does).
     Process(const std::vector<std::string>& argv, const std::string& logFile,
-            const std::map<std::string, std::string>& extraEnv = {});
+            const std::map<std::string, std::string>& extraEnv = {}, int passFd = -1);
     /// Kills the process if it still runs.
     ~Process();
     Process(const Process&) = delete;
@@ -33,13 +34,14 @@ private:
     bool exited_ = false;
 };
 
-/// A loopback TCP port nobody listens on right now.
-int FreePort();
 /// Waits until a TCP connection to the loopback port succeeds; false after timeoutMs.
 bool WaitForPort(int port, int timeoutMs, Process* process = nullptr);
 /// Reads a whole file, "" when missing.
 std::string ReadFile(const std::string& path);
 /// Waits until the file contains the text; false after timeoutMs.
 bool WaitForText(const std::string& path, const std::string& text, int timeoutMs);
+/// Waits until panelkit's log announces its HTTP address ("listening on http://127.0.0.1:PORT") and
+/// gives the port of the last announcement; 0 after timeoutMs or when the process ended first.
+int WaitForListeningPort(const std::string& logFile, int timeoutMs, Process* process = nullptr);
 
 }  // namespace panelkit::test

@@ -13,12 +13,13 @@
 
 namespace panelkit::test {
 
-Server::Server(const std::string& api) : port_(FreePort())
+Server::Server(const std::string& api)
 {
     Poco::File(work_ / "device/tmp").createDirectories();
     config_["service"]["api"] = api;
     config_["service"]["ip"] = "127.0.0.1";
-    config_["service"]["port"] = port_;
+    // The kernel chooses the port and the log tells it, so that parallel tests never race for one.
+    config_["service"]["port"] = 0;
     config_["service"]["worker_threads"] = 4;
     if (api == "fastcgi")
         config_["service"]["socket"] = socket();
@@ -49,8 +50,13 @@ bool Server::start(bool ready)
 
 bool Server::waitReady(int timeoutMs)
 {
-    if (config_["service"]["api"].asString() == "http")
+    if (config_["service"]["api"].asString() == "http") {
+        const int announced = WaitForListeningPort(logPath(), timeoutMs, process_.get());
+        if (announced == 0)
+            return false;
+        port_ = announced;
         return WaitForPort(port_, timeoutMs, process_.get());
+    }
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
     while (std::chrono::steady_clock::now() < deadline && process_->running()) {
         try {
@@ -112,6 +118,11 @@ bool Server::storeSet(const std::string& key, const std::string& value, const st
     if (!type.empty())
         args.push_back(type);
     return RunTool(work_, args).first == 0;
+}
+
+bool Server::storeRefuse(const std::string& key) const
+{
+    return RunTool(work_, {PANELKIT_PARDB, "--root", work_ / "device", "refuse", key}).first == 0;
 }
 
 bool Server::rebootMarked() const

@@ -13,7 +13,7 @@
 namespace panelkit::test {
 
 /// A work folder holding the device root ("device/"), the configuration and the log,
-/// and the panelkit process serving on a free loopback port.
+/// and the panelkit process serving on a loopback port the kernel chose (read back from its log).
 class Server {
 public:
     /// Prepares the folder and a configuration for the api ("http" or "fastcgi").
@@ -26,11 +26,12 @@ public:
     std::map<std::string, std::string>& env() { return env_; }
     /// Starts panelkit; with waitReady, returns once it accepts connections (false if it did not).
     bool start(bool waitReady = true);
-    /// Waits until the listening socket accepts; false after timeoutMs or if the process ended.
+    /// Waits until the log announces the HTTP port (or the FastCGI socket exists) and it accepts;
+    /// false after timeoutMs or if the process ended.
     bool waitReady(int timeoutMs = 20000);
     /// The process (valid after start()).
     Process& process() { return *process_; }
-    /// The port of the HTTP front end.
+    /// The port of the HTTP front end, as its log announced it (0 before waitReady()).
     int port() const { return port_; }
     /// The FastCGI socket path.
     std::string socket() const { return work_ / "panelkit.sock"; }
@@ -46,6 +47,9 @@ public:
     std::string storeGet(const std::string& key) const;
     /// Writes a store value with the pardb tool ("--int" as type for an integer).
     bool storeSet(const std::string& key, const std::string& value, const std::string& type = "") const;
+    /// Makes the device's store refuse every later write and delete of the key, as a failing store
+    /// would (`pardb refuse KEY`); false when the tool failed.
+    bool storeRefuse(const std::string& key) const;
     /// Whether a save asked for a reboot: the flag file exists.
     bool rebootMarked() const;
     /// Everything the process logged so far.
@@ -57,7 +61,7 @@ private:
     TempDir work_;
     Json::Value config_;
     std::map<std::string, std::string> env_;
-    int port_;
+    int port_ = 0;
     std::unique_ptr<Process> process_;
 };
 

@@ -20,7 +20,7 @@ using panelkit::util::Pardb;
 
 namespace {
 
-// Each test binary run (one test each under CTest) gets its own initialised device root.
+// Each test gets its own initialised device root; the process's shared client follows it.
 class PardbStore : public ::testing::Test {
 protected:
     void SetUp() override
@@ -266,6 +266,58 @@ TEST_F(PardbStore, OneClientCalledFromManyThreadsWithoutALockLosesNothing)
     for (auto& thread : threads)
         thread.join();
     EXPECT_EQ(200u, Pardb::GetList("mix").size());
+}
+
+TEST_F(PardbStore, TheSharedClientFollowsTheDeviceRoot)
+{
+    ASSERT_TRUE(Pardb::Set("net/hostname", std::string("first-router")));
+    TempDir other;
+    Poco::File(other / "var/lib/pardb").createDirectories();
+    panelkit::util::SetDeviceRoot(other.path());
+    EXPECT_FALSE(Pardb::Exists("net/hostname")) << "the other device's store starts empty";
+    ASSERT_TRUE(Pardb::Set("net/hostname", std::string("second-router")));
+    EXPECT_EQ(other.path() + "/var/lib/pardb/store.db", Pardb::lib().path());
+    panelkit::util::SetDeviceRoot(root_.path());
+    EXPECT_EQ("first-router", Pardb::GetString("net/hostname"));
+    EXPECT_EQ(root_.path() + "/var/lib/pardb/store.db", Pardb::lib().path());
+}
+
+TEST_F(PardbStore, ARefusedKeyIsNeitherWrittenNorDeleted)
+{
+    ASSERT_TRUE(Pardb::Set("net/lan_dns1", std::string("8.8.8.8")));
+    cPardbLib tool(PARDB_CLIENT_ID_DEFAULT);
+    ASSERT_EQ(0, tool.refusePar("net/lan_dns1"));
+    const std::string log = StderrOf([] { EXPECT_FALSE(Pardb::Set("net/lan_dns1", std::string("1.1.1.1"))); });
+    EXPECT_EQ(1, Lines(log, "panelkit, error: FAIL pardblib::setPar \"net/lan_dns1\"")) << log;
+    EXPECT_FALSE(Pardb::Set("net/lan_dns1", 7));
+    EXPECT_FALSE(Pardb::Delete("net/lan_dns1"));
+    EXPECT_FALSE(Pardb::Delete("net")) << "deleting the folder would take the refused key with it";
+    root_.write("upload.txt", "x");
+    EXPECT_FALSE(Pardb::AddFile("net/lan_dns1", root_ / "upload.txt", 0644));
+    EXPECT_NE(0, tool.setPar("net/lan_dns1", std::string("9.9.9.9")));
+    EXPECT_EQ("the store refuses to write net/lan_dns1", tool.lastError());
+
+    cPardbLib fresh(PARDB_CLIENT_ID_DEFAULT);
+    std::string value;
+    PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
+    ASSERT_EQ(0, fresh.getPar("net/lan_dns1", value, &type));
+    EXPECT_EQ("8.8.8.8", value) << "nothing was written";
+    EXPECT_EQ(PARDB_PAR_STRING, type);
+}
+
+TEST_F(PardbStore, OtherKeysStillWorkBesideARefusedOne)
+{
+    cPardbLib tool(PARDB_CLIENT_ID_DEFAULT);
+    ASSERT_EQ(0, tool.refusePar("/net/lan_dns1"));
+    EXPECT_FALSE(Pardb::Set("net/lan_dns1", std::string("1.1.1.1")));
+    EXPECT_FALSE(Pardb::Exists("net/lan_dns1"));
+    EXPECT_TRUE(Pardb::Set("net/lan_dns2", std::string("1.0.0.1")));
+    EXPECT_TRUE(Pardb::Set("net/lan_dns1x", std::string("beside")));
+    EXPECT_TRUE(Pardb::Set("net/lan_dns1/below", std::string("below")));
+    EXPECT_EQ("1.0.0.1", Pardb::GetString("net/lan_dns2"));
+    EXPECT_TRUE(Pardb::Delete("net/lan_dns2"));
+    EXPECT_TRUE(Pardb::Delete("net/lan_dns1/below"));
+    EXPECT_EQ(std::vector<std::string>{"net/lan_dns1x"}, Pardb::GetList("net"));
 }
 
 // The client is created once per process, so these two open their own connection.

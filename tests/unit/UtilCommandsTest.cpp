@@ -17,6 +17,7 @@
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
 
+#include <csignal>
 #include <sys/stat.h>
 
 using panelkit::test::TempDir;
@@ -60,6 +61,19 @@ std::string Pem(X509* certificate)
     BIO_free(memory);
     return text;
 }
+
+// The service ignores SIGCHLD once it forked a detached child; the other tests of this process wait
+// for their children (popen, spawn), so a test that forks one puts the disposition back.
+class SigchldKept {
+public:
+    SigchldKept() { ::sigaction(SIGCHLD, nullptr, &saved_); }
+    ~SigchldKept() { ::sigaction(SIGCHLD, &saved_, nullptr); }
+    SigchldKept(const SigchldKept&) = delete;
+    SigchldKept& operator=(const SigchldKept&) = delete;
+
+private:
+    struct sigaction saved_ {};
+};
 
 }  // namespace
 
@@ -245,6 +259,7 @@ TEST(Reboot, ForkRebootRunsTheDevicesRebootWithAFiveSecondDelay)
     util::SetDeviceRoot(root.path());
     root.write("tmp/.keep", "");
     root.write("sbin/reboot", "#!/bin/sh\necho \"$*\" > \"$(dirname \"$0\")/../tmp/reboot-args\"\n", true);
+    const SigchldKept kept;
     util::ForkReboot();
     ASSERT_TRUE(panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000));
     EXPECT_EQ("-d 5\n", root.read("tmp/reboot-args"));

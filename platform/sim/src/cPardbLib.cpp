@@ -80,9 +80,21 @@ cPardbLib::cPardbLib(PARDB_CLIENT_ID_T client)
 
 cPardbLib::~cPardbLib()
 {
+    close();
+}
+
+void cPardbLib::close()
+{
     for (const auto& entry : compiled_)
         sqlite3_finalize(entry.second);
+    compiled_.clear();
     sqlite3_close_v2(db_);
+    db_ = nullptr;
+    generation_ = std::make_unique<StoreGeneration>();
+    reads_.clear();
+    readsGeneration_ = 0;
+    listing_.clear();
+    next_ = 0;
 }
 
 sqlite3_stmt* cPardbLib::compiled(const char* sql)
@@ -106,6 +118,14 @@ int cPardbLib::fail(const std::string& message)
 
 bool cPardbLib::open()
 {
+    // A process of the simulator may move to another device root (one test after another); the
+    // store and everything read from it belong to the root they came from.
+    const std::string path = StorePath();
+    if (path != path_) {
+        close();
+        path_ = path;
+        reported_ = false;
+    }
     if (db_)
         return true;
     if (!FolderExists(path_)) {
@@ -122,7 +142,8 @@ bool cPardbLib::open()
         sqlite3_exec(db_,
                      "PRAGMA journal_mode=WAL;"
                      "CREATE TABLE IF NOT EXISTS params (key TEXT PRIMARY KEY, type INTEGER NOT NULL,"
-                     " value TEXT NOT NULL, content BLOB, mode INTEGER)",
+                     " value TEXT NOT NULL, content BLOB, mode INTEGER);"
+                     "CREATE TABLE IF NOT EXISTS refused (key TEXT PRIMARY KEY)",
                      nullptr, nullptr, &message) != SQLITE_OK) {
         error_ = "cannot open the parameter store " + path_ + ": " + (message ? message : sqlite3_errmsg(db_));
         sqlite3_free(message);
@@ -197,12 +218,24 @@ int cPardbLib::read(const std::string& key, std::string& value, PARDB_PAR_T& typ
     return 0;
 }
 
+bool cPardbLib::refuses(const std::string& key, bool orBelow)
+{
+    Statement select(compiled(orBelow ? "SELECT 1 FROM refused WHERE key = ?1 OR (key > ?1 || '/' AND key < ?1 || '0')"
+                                      : "SELECT 1 FROM refused WHERE key = ?1"));
+    if (!select)
+        return false;
+    select.bind(1, key);
+    return sqlite3_step(select.get()) == SQLITE_ROW;
+}
+
 int cPardbLib::write(const std::string& key, PARDB_PAR_T type, const std::string& value)
 {
     if (key.empty())
         return fail("an empty key cannot be stored");
     if (!open())
         return kFailure;
+    if (refuses(key, false))
+        return fail("the store refuses to write " + key);
     Statement upsert(compiled("INSERT INTO params (key, type, value) VALUES (?1, ?2, ?3) "
                           "ON CONFLICT(key) DO UPDATE SET type = excluded.type, value = excluded.value,"
                           " content = NULL, mode = NULL"));
@@ -316,6 +349,8 @@ int cPardbLib::delPar(const char* key)
         return fail("an empty key cannot be deleted");
     if (!open())
         return kFailure;
+    if (refuses(name, true))
+        return fail("the store refuses to delete " + name);
     // Keys below "a/b" lie between "a/b/" and "a/b0" in byte order ('0' follows '/').
     Statement remove(compiled("DELETE FROM params WHERE key = ?1 OR (key > ?1 || '/' AND key < ?1 || '0')"));
     if (!remove)
@@ -326,6 +361,24 @@ int cPardbLib::delPar(const char* key)
     if (sqlite3_changes(db_) == 0)
         return fail("no parameter " + name);
     changed();
+    error_.clear();
+    return 0;
+}
+
+int cPardbLib::refusePar(const char* key)
+{
+    const Guard guard(lock_);
+    const std::string name = Normalise(key);
+    if (name.empty())
+        return fail("an empty key cannot be refused");
+    if (!open())
+        return kFailure;
+    Statement insert(compiled("INSERT OR IGNORE INTO refused (key) VALUES (?1)"));
+    if (!insert)
+        return fail(sqlite3_errmsg(db_));
+    insert.bind(1, name);
+    if (sqlite3_step(insert.get()) != SQLITE_DONE)
+        return fail(sqlite3_errmsg(db_));
     error_.clear();
     return 0;
 }

@@ -17,6 +17,7 @@ const char kUsage[] =
     "       pardb [--root DIR] set KEY VALUE [--int|--float]\n"
     "       pardb [--root DIR] del KEY\n"
     "       pardb [--root DIR] list [PREFIX]\n"
+    "       pardb [--root DIR] refuse KEY   (every later write or delete of KEY fails, for tests)\n"
     "       pardb [--root DIR] import FILE   (lines: KEY s|i|f VALUE; # starts a comment)\n"
     "The device root is DIR, else $PANELKIT_DEVICE_ROOT.\n";
 
@@ -121,6 +122,8 @@ int Run(cPardbLib& store, const std::vector<std::string>& args)
         return Import(store, args[1]);
     if (command == "del" && args.size() == 2)
         return store.delPar(args[1].c_str()) == 0 ? 0 : Fail(store, "del " + args[1]);
+    if (command == "refuse" && args.size() == 2)
+        return store.refusePar(args[1].c_str()) == 0 ? 0 : Fail(store, "refuse " + args[1]);
     if (command == "list" && args.size() <= 2) {
         if (store.getList(args.size() == 2 ? args[1].c_str() : "", 0) != 0)
             return Fail(store, "list");

@@ -29,7 +29,8 @@ constexpr std::size_t PARDB_MAX_NAME = 128;
 /// One connection to the device's store. Every call returns 0 on success. Keys are
 /// slash-separated paths; leading slashes are dropped ("/net/a" and "net/a" are one key).
 /// The store lives at $PANELKIT_DEVICE_ROOT/var/lib/pardb/store.db; it is created on first
-/// use when its folder exists (an initialised device) and never otherwise.
+/// use when its folder exists (an initialised device) and never otherwise. When the variable
+/// names another root, the next call opens that root's store.
 /// Every call may come from any thread.
 class cPardbLib {
 public:
@@ -65,6 +66,9 @@ public:
     int getList(const char* prefix, int flags);
     /// Copies the next listed name into a PARDB_MAX_NAME buffer; non-zero at the end.
     int getNext(char* name, int flags);
+    /// Simulator only, for tests of failing writes: from now on every setPar, addFile and delPar
+    /// of the key (and every delPar that would remove it) fails, in every process of the device.
+    int refusePar(const char* key);
     /// Forgets cached reads. Reads are kept until any process of the device writes the store,
     /// so values written elsewhere are seen on the next read even without this.
     void FlushReadCache();
@@ -86,12 +90,17 @@ private:
 
     using Guard = std::lock_guard<std::mutex>;
 
+    /// Opens the store of the current device root, first closing one of another root.
     bool open();
+    /// Closes the store and forgets what was read from it.
+    void close();
     /// The compiled form of one of this class's statements, made once per connection.
     sqlite3_stmt* compiled(const char* sql);
     int fail(const std::string& message);
     int read(const std::string& key, std::string& value, PARDB_PAR_T& type);
     int write(const std::string& key, PARDB_PAR_T type, const std::string& value);
+    /// True when the key, or with orBelow also a key below it, is refused.
+    bool refuses(const std::string& key, bool orBelow);
     /// The cached outcome of reading the key, or null; forgets everything once the store changed.
     const CachedRead* cached(const std::string& key);
     void remember(const std::string& key, CachedRead read);
