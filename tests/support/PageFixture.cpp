@@ -22,17 +22,6 @@ namespace {
 // A well-formed form token; the page accepts a post whose field repeats the cookie.
 const char kToken[] = "0123456789abcdef0123456789abcdef";
 
-Json::Value Config()
-{
-    Json::Value config;
-    config["service"]["api"] = "http";
-    config["panelkit"]["root"]["sync"] = "config";
-    config["panelkit"]["root"]["async"] = "async";
-    config["panelkit"]["root"]["rpc"] = "rpc";
-    config["panelkit"]["media_root"] = "/media";
-    return config;
-}
-
 std::string BuildDir()
 {
     const std::string binary = PANELKIT_BINARY;
@@ -51,6 +40,17 @@ std::string SectionText(const std::string& page, const std::string& title)
     return page.substr(from, page.find("</pre>", from) - from);
 }
 
+Json::Value PageConfig(const std::string& mediaRoot)
+{
+    Json::Value config;
+    config["service"]["api"] = "http";
+    config["panelkit"]["root"]["sync"] = "config";
+    config["panelkit"]["root"]["async"] = "async";
+    config["panelkit"]["root"]["rpc"] = "rpc";
+    config["panelkit"]["media_root"] = mediaRoot;
+    return config;
+}
+
 PageFixture::PageFixture()
 {
     const std::string device = root_ / "device";
@@ -59,7 +59,7 @@ PageFixture::PageFixture()
     EXPECT_EQ(0, init.wait(60000)) << ReadFile(root_ / "init.log");
     util::SetDeviceRoot(device);
     util::Pardb::FlushReadCache();
-    service_ = std::make_unique<web::Service>(web::Settings(Config()));
+    service_ = std::make_unique<web::Service>(web::Settings(PageConfig()));
     apps::Panelkit::Mount(*service_);
 }
 

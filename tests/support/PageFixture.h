@@ -21,6 +21,9 @@ namespace panelkit::test {
 /// The posted fields of a form, in order (a name may come several times).
 using Fields = std::vector<std::pair<std::string, std::string>>;
 
+/// The configuration of the pages under test: "/config", "/async", "/async/rpc", the media root given.
+Json::Value PageConfig(const std::string& mediaRoot = "/media");
+
 /// True when the text holds the part.
 inline bool Has(const std::string& text, const std::string& part)
 {

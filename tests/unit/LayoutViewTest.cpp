@@ -1,4 +1,5 @@
 // The layout views rendered with the real controllers: alerts, messages, banner, menus, footer, rows, scripts.
+#include "PageFixture.h"
 #include "TempDir.h"
 #include "apps/Network.h"
 #include "apps/Settings.h"
@@ -19,20 +20,10 @@ using namespace panelkit;
 
 namespace {
 
-Json::Value Config()
-{
-    Json::Value config;
-    config["service"]["api"] = "http";
-    config["panelkit"]["root"]["sync"] = "config";
-    config["panelkit"]["root"]["async"] = "async";
-    config["panelkit"]["root"]["rpc"] = "rpc";
-    config["panelkit"]["media_root"] = "media";
-    return config;
-}
 
 class Layout : public ::testing::Test {
 protected:
-    Layout() : service_(web::Settings(Config())), context_(request_, response_)
+    Layout() : service_(web::Settings(test::PageConfig("media"))), context_(request_, response_)
     {
         root_.write("tmp/.keep", "");
         util::SetDeviceRoot(root_.path());
@@ -254,7 +245,7 @@ TEST_F(Layout, ViewsCheckTheirContentType)
 
 TEST(MediaRoot, EmptyStaysEmptyAndTheEnvironmentWins)
 {
-    Json::Value config = Config();
+    Json::Value config = test::PageConfig("media");
     config["panelkit"]["media_root"] = "";
     web::Service service{web::Settings(config)};
     apps::Base app(service, "demo");

@@ -1,5 +1,6 @@
 // Declared pages served by the one runner: forms told apart by their submit, checks, own saves, buttons,
 // stored flag values and numbers, tables of keys, and what the view escapes.
+#include "PageFixture.h"
 #include "TempDir.h"
 #include "apps/Base.h"
 #include "page/Content.h"
@@ -30,16 +31,6 @@ namespace {
 
 const char kToken[] = "0123456789abcdef0123456789abcdef";
 
-Json::Value Config(const std::string& mediaRoot = "/media")
-{
-    Json::Value config;
-    config["service"]["api"] = "http";
-    config["panelkit"]["root"]["sync"] = "config";
-    config["panelkit"]["root"]["async"] = "async";
-    config["panelkit"]["root"]["rpc"] = "rpc";
-    config["panelkit"]["media_root"] = mediaRoot;
-    return config;
-}
 
 // A device root with an empty store, and a controller serving one declared page at a time.
 class Declared : public ::testing::Test {
@@ -75,7 +66,7 @@ protected:
     }
 
     test::TempDir root_;
-    web::Service service_{web::Settings(Config())};
+    web::Service service_{web::Settings(test::PageConfig())};
     apps::Base app_{service_, ""};
 };
 
@@ -182,7 +173,7 @@ TEST_F(Declared, PageDataCannotCloseItsScriptElement)
 
 TEST_F(Declared, TheMediaRootIsEscapedInEveryAttribute)
 {
-    web::Service service{web::Settings(Config("/m\"><b>x"))};
+    web::Service service{web::Settings(test::PageConfig("/m\"><b>x"))};
     apps::Base app(service, "");
     web::Request request;
     request.setHead("GET", "/config/test", "", "127.0.0.1");
