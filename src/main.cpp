@@ -1,9 +1,11 @@
 // panelkit: process entry; builds the service, serves, and rebuilds it after a forced reload.
 #include "apps/JsonRpc.h"
 #include "apps/Panelkit.h"
+#include "util/Commands.h"
 #include "util/DevicePath.h"
+#include "util/Environment.h"
+#include "util/FlagFiles.h"
 #include "util/PluginManager.h"
-#include "util/Util.h"
 #include "web/Application.h"
 #include "web/Error.h"
 #include "web/FileServer.h"

@@ -2,8 +2,10 @@
 #include "apps/Base.h"
 
 #include "util/DevicePath.h"
+#include "util/Environment.h"
+#include "util/Files.h"
+#include "util/FlagFiles.h"
 #include "util/PluginManager.h"
-#include "util/Util.h"
 #include "views/Registry.h"
 #include "web/Form.h"
 #include "web/Log.h"

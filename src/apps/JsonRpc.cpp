@@ -1,9 +1,10 @@
 // panelkit apps: the JSON-RPC status service the page scripts poll.
 #include "apps/JsonRpc.h"
 
+#include "util/Commands.h"
 #include "util/DevicePath.h"
+#include "util/FlagFiles.h"
 #include "util/Pardb.h"
-#include "util/Util.h"
 #include "web/Log.h"
 #include "web/Service.h"
 

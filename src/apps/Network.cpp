@@ -5,9 +5,10 @@
 #include "data/DNSServer.h"
 #include "data/Ethernet1.h"
 #include "util/Binding.h"
+#include "util/Commands.h"
 #include "util/DevicePath.h"
+#include "util/FlagFiles.h"
 #include "util/Pardb.h"
-#include "util/Util.h"
 #include "web/Settings.h"
 
 namespace panelkit::apps {

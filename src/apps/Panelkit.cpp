@@ -5,8 +5,8 @@
 #include "apps/Regulatory.h"
 #include "apps/Service.h"
 #include "apps/Settings.h"
+#include "util/FlagFiles.h"
 #include "util/PluginManager.h"
-#include "util/Util.h"
 #include "web/Settings.h"
 
 #include <memory>

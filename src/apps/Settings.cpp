@@ -4,8 +4,9 @@
 #include "apps/RoutePage.h"
 #include "data/General.h"
 #include "util/Binding.h"
+#include "util/Commands.h"
+#include "util/DeviceIdentity.h"
 #include "util/DevicePath.h"
-#include "util/Util.h"
 #include "web/Settings.h"
 
 namespace panelkit::apps {

@@ -2,7 +2,9 @@
 // volumes, loads them, and lets the plugins extend menus and attach applications.
 #include "util/PluginManager.h"
 
-#include "util/Util.h"
+#include "util/Environment.h"
+#include "util/Files.h"
+#include "util/FlagFiles.h"
 #include "web/Log.h"
 
 #include <algorithm>

@@ -3,8 +3,9 @@
 #include "Process.h"
 #include "Server.h"
 #include "TempDir.h"
+#include "util/Commands.h"
 #include "util/DevicePath.h"
-#include "util/Util.h"
+#include "util/FlagFiles.h"
 
 #include <gtest/gtest.h>
 

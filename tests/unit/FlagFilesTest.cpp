@@ -1,12 +1,10 @@
-// Flag files shared with the main loop, the upgrade lock, directory listings and environment look-ups.
+// Flag files shared with the main loop, the upgrade state and the firmware tool's lock.
 #include "TempDir.h"
 #include "util/DevicePath.h"
-#include "util/Util.h"
-#include "web/Settings.h"
+#include "util/FlagFiles.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -70,15 +68,6 @@ TEST_F(DeviceRoot, FirmwareUpgradeFlagComesAndGoes)
     EXPECT_FALSE(root_.exists("tmp/panelkit_fwsugd_flag"));
 }
 
-TEST(UpgradeState, FileAndPidAreProcessWide)
-{
-    EXPECT_EQ(-1, util::FirmwareUpgradePid());
-    util::FirmwareUpgradePid() = 1234;
-    util::FirmwareUpgradeFile() = "/tmp/image.bin";
-    EXPECT_EQ(1234, util::FirmwareUpgradePid());
-    EXPECT_EQ("/tmp/image.bin", util::FirmwareUpgradeFile());
-}
-
 TEST_F(DeviceRoot, UpgradeInProgressFollowsTheToolsLock)
 {
     EXPECT_FALSE(util::IsFirmareUpgradeInProgress()) << "no lock file";
@@ -117,63 +106,11 @@ TEST_F(DeviceRoot, UnopenableLockFileMeansInProgress)
     EXPECT_TRUE(util::IsFirmareUpgradeInProgress());
 }
 
-TEST(FindFiles, DirectoriesNeverIncludeDotEntries)
+TEST(UpgradeState, FileAndPidAreProcessWide)
 {
-    TempDir dir;
-    dir.write("a/x", "");
-    dir.write("b/x", "");
-    dir.write("plain.txt", "");
-    auto names = util::FindFiles(dir.path(), util::FindFilesType::Directory, ".*");
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ((std::vector<std::string>{"a", "b"}), names);
-    auto regular = util::FindFiles(dir.path(), util::FindFilesType::Regular, ".*");
-    EXPECT_EQ(std::vector<std::string>{"plain.txt"}, regular);
-    auto any = util::FindFiles(dir.path(), util::FindFilesType::Any, ".*");
-    EXPECT_EQ(5u, any.size()) << "every entry, . and .. included";
-}
-
-TEST(FindFiles, PatternsSearchAndBadPatternsGiveNothing)
-{
-    TempDir dir;
-    dir.write("one-panelkit-plugin.so", "");
-    dir.write("two-panelkit-plugin.so.bak", "");
-    EXPECT_EQ(std::vector<std::string>{"one-panelkit-plugin.so"},
-              util::FindFiles(dir.path(), util::FindFilesType::Regular, ".*-panelkit-plugin.so$"));
-    EXPECT_EQ(2u, util::FindFiles(dir.path(), util::FindFilesType::Regular, "plugin").size());
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(util::FindFiles(dir.path(), util::FindFilesType::Any, "[").empty());
-    EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("FindFiles: Bad regex pattern: ["));
-    EXPECT_TRUE(util::FindFiles(dir / "missing", util::FindFilesType::Any, ".*").empty());
-}
-
-TEST(Environment, EnvironmentWinsWhenSetAndNotEmpty)
-{
-    Json::Value config;
-    config["panelkit"]["media_root"] = "/media";
-    config["panelkit"]["number"] = 5;
-    const panelkit::web::Settings settings(config);
-    ::unsetenv("PANELKIT_TEST_MEDIA");
-    EXPECT_EQ("", util::GetEnv("PANELKIT_TEST_MEDIA"));
-    EXPECT_EQ("/media", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.media_root", settings));
-    ::setenv("PANELKIT_TEST_MEDIA", "", 1);
-    EXPECT_EQ("/media", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.media_root", settings));
-    ::setenv("PANELKIT_TEST_MEDIA", "/other", 1);
-    EXPECT_EQ("/other", util::GetEnv("PANELKIT_TEST_MEDIA"));
-    EXPECT_EQ("/other", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.media_root", settings));
-    ::unsetenv("PANELKIT_TEST_MEDIA");
-    EXPECT_EQ("", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.number", settings));
-    EXPECT_EQ("", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.none", settings));
-}
-
-TEST(DevicePaths, RootIsPutBeforeDevicePathsAndMadeAbsolute)
-{
-    util::SetDeviceRoot("relative/root/");
-    char cwd[4096];
-    ASSERT_NE(nullptr, ::getcwd(cwd, sizeof cwd));
-    EXPECT_EQ(std::string(cwd) + "/relative/root/tmp/x", util::DevicePath("/tmp/x"));
-    EXPECT_EQ(std::string(cwd) + "/relative/root", util::GetEnv("PANELKIT_DEVICE_ROOT"));
-    EXPECT_EQ(0u, util::GetEnv("PATH").rfind(std::string(cwd) + "/relative/root/usr/sbin:", 0));
-    util::SetDeviceRoot("");
-    EXPECT_EQ("/tmp/x", util::DevicePath("/tmp/x"));
-    EXPECT_EQ(std::string::npos, util::GetEnv("PATH").find("relative/root"));
+    EXPECT_EQ(-1, util::FirmwareUpgradePid());
+    util::FirmwareUpgradePid() = 1234;
+    util::FirmwareUpgradeFile() = "/tmp/image.bin";
+    EXPECT_EQ(1234, util::FirmwareUpgradePid());
+    EXPECT_EQ("/tmp/image.bin", util::FirmwareUpgradeFile());
 }

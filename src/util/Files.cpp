@@ -1,9 +1,7 @@
-// panelkit util: commands with captured output, files, text, certificates and the device's identity.
-#include "util/Util.h"
+// panelkit util: files, folder listings, text and certificate names, read in-process.
+#include "util/Files.h"
 
 #include "web/Log.h"
-
-#include <qor_util/system.h>
 
 #include <openssl/bio.h>
 #include <openssl/pem.h>
@@ -11,14 +9,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
-#include <ifaddrs.h>
-#include <map>
-#include <netdb.h>
-#include <netinet/in.h>
+#include <regex.h>
 #include <spawn.h>
 #include <sstream>
 #include <sys/stat.h>
@@ -28,38 +22,6 @@
 extern char** environ;
 
 namespace panelkit::util {
-
-std::string ShellCommand(const std::string& cmd, std::size_t maxBytes)
-{
-    std::string result;
-    result.reserve(maxBytes);
-    FILE* pipe = ::popen(cmd.c_str(), "r");
-    if (!pipe)
-        return result;
-    char chunk[512];
-    std::size_t total = 0;
-    for (;;) {
-        std::memset(chunk, 0, sizeof chunk);
-        const std::size_t got = std::fread(chunk, 1, sizeof chunk, pipe);
-        if (got == 0)
-            break;
-        total += got;
-        if (total > maxBytes) {
-            result.append(chunk, maxBytes - result.size());
-            if (result.size() >= 4)
-                result.replace(result.size() - 3, 3, "...");
-            break;
-        }
-        result.append(chunk, got);
-    }
-    ::pclose(pipe);
-    return result;
-}
-
-int ShellCommand(const std::string& cmd, std::string& out)
-{
-    return qor_util::system::exec(cmd, out);
-}
 
 bool FileExists(const std::string& path)
 {
@@ -110,6 +72,33 @@ bool MoveFile(const std::string& from, const std::string& to)
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+std::vector<std::string> FindFiles(const std::string& dir, FindFilesType type, const std::string& pattern)
+{
+    std::vector<std::string> names;
+    regex_t expression;
+    if (::regcomp(&expression, pattern.c_str(), REG_EXTENDED | REG_NOSUB) != 0) {
+        PK_ERROR() << "FindFiles: Bad regex pattern: " << pattern;
+        return names;
+    }
+    DIR* folder = ::opendir(dir.c_str());
+    if (!folder) {
+        ::regfree(&expression);
+        return names;
+    }
+    while (const dirent* entry = ::readdir(folder)) {
+        const std::string name = entry->d_name;
+        if (::regexec(&expression, name.c_str(), 0, nullptr, 0) != 0)
+            continue;
+        const bool keep = type == FindFilesType::Any || (type == FindFilesType::Regular && entry->d_type == DT_REG) ||
+                          (type == FindFilesType::Directory && entry->d_type == DT_DIR && name != "." && name != "..");
+        if (keep)
+            names.push_back(name);
+    }
+    ::closedir(folder);
+    ::regfree(&expression);
+    return names;
+}
+
 std::string StripChars(const std::string& text, const std::string& chars)
 {
     std::string out = text;
@@ -151,60 +140,6 @@ bool GetCertificateDetails(const std::string& path, std::string& issuer, std::st
     X509_free(certificate);
     BIO_free(memory);
     return true;
-}
-
-std::string DeviceName()
-{
-    static const std::string name = "ulm3_" + qor_util::system::GetBarcodeASN();
-    return name;
-}
-
-std::string SystemAssemblySN()
-{
-    return qor_util::system::GetBarcodeASN();
-}
-
-std::string SystemDeviceID()
-{
-    int status = 0;
-    const std::string id = qor_util::system::GetDeviceID(&status);
-    if (status == 2)
-        return "(error: invalid ID)";
-    if (status == 1)
-        return "(error: ID not initialized)";
-    return id;
-}
-
-std::string CurrentIPAddressOf(const std::vector<std::pair<std::string, std::string>>& addresses)
-{
-    std::map<std::string, std::string> byInterface;
-    for (const auto& [name, address] : addresses)
-        if (name == "eth0" || name == "eth1" || name == "br1")
-            byInterface[name] = address;
-    for (const char* preferred : {"br1", "eth0", "eth1"}) {
-        auto it = byInterface.find(preferred);
-        if (it != byInterface.end())
-            return it->second;
-    }
-    return "";
-}
-
-std::string GetCurrentIPAddress()
-{
-    ifaddrs* list = nullptr;
-    if (::getifaddrs(&list) != 0)
-        return "";
-    std::vector<std::pair<std::string, std::string>> addresses;
-    for (const ifaddrs* entry = list; entry; entry = entry->ifa_next) {
-        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET)
-            continue;
-        char host[NI_MAXHOST] = "";
-        if (::getnameinfo(entry->ifa_addr, sizeof(sockaddr_in), host, sizeof host, nullptr, 0, NI_NUMERICHOST) != 0)
-            host[0] = '\0';
-        addresses.emplace_back(entry->ifa_name, host);
-    }
-    ::freeifaddrs(list);
-    return CurrentIPAddressOf(addresses);
 }
 
 }  // namespace panelkit::util
