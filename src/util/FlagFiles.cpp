@@ -1,13 +1,14 @@
 // panelkit util: the flag files shared with the main loop, and the firmware tool's lock and status files.
 #include "util/FlagFiles.h"
 
-#include "util/Commands.h"
 #include "util/DevicePath.h"
 #include "util/Files.h"
+#include "web/Log.h"
 
 #include <qor_util/GlobalLock.h>
 
-#include <cstdlib>
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -22,17 +23,35 @@ const char kFwtoolStatus[] = "/tmp/fwtool_status.txt";
 const char kFwtoolDone[] = "'done'";
 const char kFwtoolLock[] = "/tmp/fwtool_6v1Znb.lock";
 
-void Run(const std::string& command)
+// The flags are files so that the main loop and every worker see them; failures are told as touch and rm
+// tell them, and the next look at the file decides.
+void CreateFlag(const std::string& path)
 {
-    const int status = std::system(command.c_str());
-    (void)status;  // the flag helpers do not report failures; the next look at the file tells
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY, 0666);
+    if (fd < 0) {
+        const int error = errno;
+        PK_WARNING() << "touch: cannot touch '" << path << "': " << std::strerror(error);
+        return;
+    }
+    ::close(fd);
+}
+
+// quietWhenAbsent clears as rm -f does: a flag that is not there is already cleared.
+void RemoveFlag(const std::string& path, bool quietWhenAbsent)
+{
+    if (::unlink(path.c_str()) == 0)
+        return;
+    const int error = errno;
+    if (error == ENOENT && quietWhenAbsent)
+        return;
+    PK_WARNING() << "rm: cannot remove '" << path << "': " << std::strerror(error);
 }
 
 }  // namespace
 
 void MarkRebootRequired()
 {
-    Run("touch " + ShellDevicePath(kRebootFlag));
+    CreateFlag(DevicePath(kRebootFlag));
 }
 
 bool IsRebootRequired()
@@ -47,7 +66,10 @@ bool IsRebootRequired()
 
 void MarkForceReload(bool on)
 {
-    Run((on ? "touch " : "rm ") + ShellDevicePath(kReloadFlag));
+    if (on)
+        CreateFlag(DevicePath(kReloadFlag));
+    else
+        RemoveFlag(DevicePath(kReloadFlag), false);
 }
 
 bool IsForceReloadFlagged()
@@ -57,7 +79,10 @@ bool IsForceReloadFlagged()
 
 void MarkFirmwareUpgrade(bool on)
 {
-    Run((on ? "touch " : "rm -f ") + ShellDevicePath(kFirmwareFlag));
+    if (on)
+        CreateFlag(DevicePath(kFirmwareFlag));
+    else
+        RemoveFlag(DevicePath(kFirmwareFlag), true);
 }
 
 bool IsFirmwareUpgradeFlagged()

@@ -9,11 +9,11 @@ namespace panelkit::util {
 void MarkRebootRequired();
 /// True when a reboot is required: the reboot flag, or a finished firmware tool.
 bool IsRebootRequired();
-/// Sets or clears the flag that makes the main loop rebuild the service.
+/// Sets or clears the flag that makes the main loop rebuild the service; clearing an absent flag logs a warning.
 void MarkForceReload(bool on);
 /// True when the forced-reload flag is set.
 bool IsForceReloadFlagged();
-/// Sets or clears the flag that makes the main loop start the firmware upgrade.
+/// Sets or clears the flag that makes the main loop start the firmware upgrade; clearing an absent flag is quiet.
 void MarkFirmwareUpgrade(bool on);
 /// True when a firmware upgrade has been requested.
 bool IsFirmwareUpgradeFlagged();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -23,6 +24,21 @@ protected:
         util::SetDeviceRoot(root_.path());
     }
     TempDir root_;
+};
+
+// Sets PATH for the scope of a test and puts the old value back however the test ends.
+class PathSetTo {
+public:
+    explicit PathSetTo(const char* path) : saved_(std::getenv("PATH") ? std::getenv("PATH") : "")
+    {
+        ::setenv("PATH", path, 1);
+    }
+    ~PathSetTo() { ::setenv("PATH", saved_.c_str(), 1); }
+    PathSetTo(const PathSetTo&) = delete;
+    PathSetTo& operator=(const PathSetTo&) = delete;
+
+private:
+    std::string saved_;
 };
 
 }  // namespace
@@ -54,7 +70,16 @@ TEST_F(DeviceRoot, ForceReloadFlagComesAndGoes)
     EXPECT_TRUE(root_.exists("tmp/panelkit_freload_flag"));
     util::MarkForceReload(false);
     EXPECT_FALSE(util::IsForceReloadFlagged());
-    util::MarkForceReload(false);  // rm complains on stderr; nothing else happens
+}
+
+TEST_F(DeviceRoot, ClearingAnAbsentReloadFlagWarnsAsRmWouldAndChangesNothing)
+{
+    testing::internal::CaptureStderr();
+    util::MarkForceReload(false);
+    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string complaint =
+        "panelkit, warning: rm: cannot remove '" + (root_ / "tmp/panelkit_freload_flag") + "': No such file or directory";
+    EXPECT_NE(std::string::npos, log.find(complaint)) << "expected \"" << complaint << "\" in: " << log;
     EXPECT_FALSE(util::IsForceReloadFlagged());
 }
 
@@ -64,8 +89,48 @@ TEST_F(DeviceRoot, FirmwareUpgradeFlagComesAndGoes)
     EXPECT_TRUE(util::IsFirmwareUpgradeFlagged());
     util::MarkFirmwareUpgrade(false);
     EXPECT_FALSE(util::IsFirmwareUpgradeFlagged());
+}
+
+TEST_F(DeviceRoot, ClearingAnAbsentFirmwareFlagSaysNothing)
+{
+    testing::internal::CaptureStderr();
     util::MarkFirmwareUpgrade(false);
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
     EXPECT_FALSE(root_.exists("tmp/panelkit_fwsugd_flag"));
+}
+
+TEST_F(DeviceRoot, FlagsAreSetAndClearedWithNoProgramOnThePath)
+{
+    bool reboot = false, reload = false, firmware = false, cleared = false;
+    {
+        const PathSetTo nowhere("");
+        util::MarkRebootRequired();
+        util::MarkForceReload(true);
+        util::MarkFirmwareUpgrade(true);
+        reboot = root_.exists("tmp/panelkit_reboot_flag");
+        reload = root_.exists("tmp/panelkit_freload_flag");
+        firmware = root_.exists("tmp/panelkit_fwsugd_flag");
+        util::MarkForceReload(false);
+        util::MarkFirmwareUpgrade(false);
+        cleared = !root_.exists("tmp/panelkit_freload_flag") && !root_.exists("tmp/panelkit_fwsugd_flag");
+    }
+    EXPECT_TRUE(reboot);
+    EXPECT_TRUE(reload);
+    EXPECT_TRUE(firmware);
+    EXPECT_TRUE(cleared);
+}
+
+TEST(FlagFiles, AFlagThatCannotBeMadeIsToldAsTouchWould)
+{
+    TempDir root;  // no tmp folder
+    util::SetDeviceRoot(root.path());
+    testing::internal::CaptureStderr();
+    util::MarkRebootRequired();
+    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string complaint =
+        "panelkit, warning: touch: cannot touch '" + (root / "tmp/panelkit_reboot_flag") + "': No such file or directory";
+    EXPECT_NE(std::string::npos, log.find(complaint)) << "expected \"" << complaint << "\" in: " << log;
+    EXPECT_FALSE(util::IsRebootRequired());
 }
 
 TEST_F(DeviceRoot, UpgradeInProgressFollowsTheToolsLock)
