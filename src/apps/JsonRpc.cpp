@@ -78,7 +78,8 @@ void JsonRpc::Reload()
 
 void JsonRpc::PrepareFWUpgrade()
 {
-    return_result(std::system("vigild --suspend deployer"));
+    // So that the watchdog does not restart the deployer while the image comes in.
+    return_result(util::RunStatus({"vigild", "--suspend", "deployer"}));
 }
 
 void JsonRpc::FirmwareUpgradeStatus()

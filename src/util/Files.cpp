@@ -1,6 +1,7 @@
 // panelkit util: files, folder listings, text and certificate names, read in-process.
 #include "util/Files.h"
 
+#include "util/Commands.h"
 #include "web/Log.h"
 
 #include <openssl/bio.h>
@@ -13,13 +14,9 @@
 #include <fcntl.h>
 #include <fstream>
 #include <regex.h>
-#include <spawn.h>
 #include <sstream>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
-
-extern char** environ;
 
 namespace panelkit::util {
 
@@ -62,14 +59,7 @@ bool MoveFile(const std::string& from, const std::string& to)
     if (errno != EXDEV)
         return false;
     // Across file systems: mv copies and removes. Run with arguments, as the names may come from a browser.
-    const char* const args[] = {"mv", from.c_str(), to.c_str(), nullptr};
-    pid_t pid = -1;
-    if (::posix_spawnp(&pid, "mv", nullptr, nullptr, const_cast<char* const*>(args), environ) != 0)
-        return false;
-    int status = 0;
-    if (::waitpid(pid, &status, 0) != pid)
-        return false;
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return RunStatus({"mv", from, to}) == 0;
 }
 
 std::vector<std::string> FindFiles(const std::string& dir, FindFilesType type, const std::string& pattern)

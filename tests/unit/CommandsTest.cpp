@@ -1,4 +1,4 @@
-// Bounded command output, quoted device paths and the detached reboot.
+// Programs run with arguments or through the shell, their bounded output and status, and the detached reboot.
 #include "Process.h"
 #include "TempDir.h"
 #include "util/Commands.h"
@@ -6,8 +6,29 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
 using panelkit::test::TempDir;
 namespace util = panelkit::util;
+
+namespace {
+
+// The descriptors the next two opened would get: the lowest free ones, as a new pipe's ends get them.
+std::vector<int> NextTwoDescriptors()
+{
+    const int first = ::open("/dev/null", O_RDONLY);
+    const int second = ::open("/dev/null", O_RDONLY);
+    ::close(first);
+    ::close(second);
+    return {first, second};
+}
+
+}  // namespace
 
 TEST(ShellCommand, OutputOverTheLimitIsCutWithAnEllipsis)
 {
@@ -60,4 +81,112 @@ TEST(Reboot, ForkRebootRunsTheDevicesRebootWithAFiveSecondDelay)
     util::ForkReboot();
     ASSERT_TRUE(panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000));
     EXPECT_EQ("-d 5\n", root.read("tmp/reboot-args"));
+}
+
+TEST(Bounded, TextWithinTheLimitIsWhole)
+{
+    EXPECT_EQ("abcdefghij", util::Bounded("abcdefghij", 10));
+    EXPECT_EQ("", util::Bounded("", 0));
+}
+
+TEST(Bounded, LongerTextKeepsTheLimitEndingInAnEllipsis)
+{
+    EXPECT_EQ("aaaaaaa...", util::Bounded(std::string(600, 'a'), 10));
+    EXPECT_EQ("a...", util::Bounded("abcde", 4));
+}
+
+TEST(Bounded, ALimitBelowFourCutsWithoutAnEllipsis)
+{
+    EXPECT_EQ("abc", util::Bounded("abcdef", 3));
+    EXPECT_EQ("", util::Bounded("abc", 0));
+}
+
+TEST(Run, ArgumentsReachTheProgramAsTheyAre)
+{
+    EXPECT_EQ("a b\n$(id) 'q';\n", util::Run({"printf", "%s\\n", "a b", "$(id) 'q';"}, 4096));
+}
+
+TEST(Run, OutputIsBoundedAsShellCommandBoundsIt)
+{
+    TempDir dir;
+    dir.write("log", std::string(20000, 'c'));
+    const std::string out = util::Run({"cat", dir / "log"}, 10000);
+    ASSERT_EQ(10000u, out.size());
+    EXPECT_EQ(std::string(9997, 'c') + "...", out);
+    EXPECT_EQ("ccc", util::Run({"cat", dir / "log"}, 3));
+    EXPECT_EQ(std::string(20000, 'c'), util::Run({"cat", dir / "log"}, 20000));
+}
+
+TEST(Run, StandardErrorIsLeftToTheService)
+{
+    testing::internal::CaptureStderr();
+    const std::string out = util::Run({"sh", "-c", "echo out; echo complaint >&2"}, 4096);
+    const std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_EQ("out\n", out);
+    EXPECT_EQ("complaint\n", err);
+}
+
+TEST(Run, AProgramThatCannotBeStartedGivesNothing)
+{
+    EXPECT_EQ("", util::Run({"panelkit-no-such-program", "--version"}, 4096));
+    EXPECT_EQ("", util::Run({}, 4096));
+}
+
+TEST(Run, TheDevicesProgramsAreFoundFirst)
+{
+    TempDir root;
+    root.write("usr/bin/uname", "#!/bin/sh\necho device uname\n", true);
+    util::SetDeviceRoot(root.path());
+    const std::string out = util::Run({"uname"}, 4096);
+    util::SetDeviceRoot("");
+    EXPECT_EQ("device uname\n", out);
+}
+
+TEST(Run, TheProgramHoldsNoEndOfItsPipeBesidesItsOutput)
+{
+    // The pipe's ends get the lowest free descriptors; the program looks whether it holds them.
+    const std::vector<int> ends = NextTwoDescriptors();
+    const std::string probe = "for n in 1 " + std::to_string(ends[0]) + " " + std::to_string(ends[1]) +
+                              "; do [ -e /proc/$$/fd/$n ] && echo $n; done; true";
+    EXPECT_EQ("1\n", util::Run({"sh", "-c", probe}, 4096)) << "descriptors " << ends[0] << " and " << ends[1];
+}
+
+TEST(Run, ManyThreadsAtOnceEachGetTheirOwnOutput)
+{
+    std::vector<std::string> wrong(4);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t, &wrong] {
+            const std::string mine = "thread " + std::to_string(t);
+            for (int i = 0; i < 25; ++i) {
+                const std::string out = util::Run({"printf", "%s", mine}, 4096);
+                if (out != mine)
+                    wrong[t] += "[" + out + "]";
+            }
+        });
+    for (auto& thread : threads)
+        thread.join();
+    for (int t = 0; t < 4; ++t)
+        EXPECT_EQ("", wrong[t]) << "thread " << t << " got other outputs";
+}
+
+TEST(RunStatus, GivesTheWaitStatusAsSystemDoes)
+{
+    EXPECT_EQ(0, util::RunStatus({"true"}));
+    EXPECT_EQ(3 << 8, util::RunStatus({"sh", "-c", "exit 3"}));
+    EXPECT_EQ(std::system("exit 3"), util::RunStatus({"sh", "-c", "exit 3"}));
+}
+
+TEST(RunStatus, AProgramThatCannotBeStartedIsNotFoundAsInTheShell)
+{
+    EXPECT_EQ(127 << 8, util::RunStatus({"panelkit-no-such-program"}));
+    EXPECT_EQ(std::system("panelkit-no-such-program 2>/dev/null"), util::RunStatus({"panelkit-no-such-program"}));
+    EXPECT_EQ(127 << 8, util::RunStatus({}));
+}
+
+TEST(RunStatus, ArgumentsReachTheProgramAsTheyAre)
+{
+    TempDir dir;
+    EXPECT_EQ(0, util::RunStatus({"touch", dir / "a b;$(false)"}));
+    EXPECT_TRUE(dir.exists("a b;$(false)"));
 }
