@@ -3,6 +3,7 @@
 
 #include "util/Commands.h"
 #include "util/DevicePath.h"
+#include "util/Files.h"
 #include "util/FlagFiles.h"
 #include "util/Pardb.h"
 #include "web/Log.h"
@@ -59,7 +60,7 @@ void JsonRpc::TailSyslog()
 {
     const char* log = util::Pardb::GetString("syslogd/persistent") == "yes" ? "/home/root/log/messages" : "/var/log/messages";
     Json::Value result(Json::objectValue);
-    result["tail"] = util::ShellCommand("tail -n 30 " + util::ShellDevicePath(log), 8096);
+    result["tail"] = util::TailFile(util::DevicePath(log), 30, 8096);
     return_result(result);
 }
 

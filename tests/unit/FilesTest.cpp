@@ -11,7 +11,11 @@
 #include <openssl/x509.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 using panelkit::test::TempDir;
@@ -43,6 +47,15 @@ void Issue(Issued& out, const char* commonName, const Issued* issuer)
     X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>(commonName), -1, -1, 0);
     X509_set_issuer_name(out.certificate, issuer ? X509_get_subject_name(issuer->certificate) : name);
     X509_sign(out.certificate, issuer ? issuer->key : out.key, EVP_sha256());
+}
+
+// "line 1\n" ... "line <count>\n", from line `from` on.
+std::string NumberedLines(int from, int count)
+{
+    std::string text;
+    for (int i = from; i <= count; ++i)
+        text += "line " + std::to_string(i) + "\n";
+    return text;
 }
 
 std::string Pem(X509* certificate)
@@ -104,6 +117,113 @@ TEST(Files, MoveFileCrossesFileSystems)
     EXPECT_FALSE(dir.exists("upload"));
     EXPECT_EQ("image \"quoted\" $(name)", panelkit::test::ReadFile(away));
     ::unlink(away.c_str());
+}
+
+TEST(CatFile, GivesTheFilesBytes)
+{
+    TempDir dir;
+    dir.write("resolv.conf", std::string("nameserver 10.0.0.53\n\0tail", 26));
+    EXPECT_EQ(std::string("nameserver 10.0.0.53\n\0tail", 26), util::CatFile(dir / "resolv.conf", 4096));
+    dir.write("empty", "");
+    EXPECT_EQ("", util::CatFile(dir / "empty", 4096));
+}
+
+TEST(CatFile, OverTheLimitIsCutWithAnEllipsis)
+{
+    TempDir dir;
+    dir.write("big", std::string(600, 'a'));
+    EXPECT_EQ("aaaaaaa...", util::CatFile(dir / "big", 10));
+    EXPECT_EQ("aaa", util::CatFile(dir / "big", 3));
+    EXPECT_EQ(std::string(600, 'a'), util::CatFile(dir / "big", 600));
+}
+
+TEST(CatFile, AMissingFileGivesCatsComplaint)
+{
+    TempDir dir;
+    const std::string path = dir / "resolv.conf";
+    EXPECT_EQ("cat: " + path + ": No such file or directory\n", util::CatFile(path, 4096));
+    EXPECT_EQ("cat: ...", util::CatFile(path, 8)) << "the complaint is bounded too";
+}
+
+TEST(CatFile, AFolderGivesCatsComplaint)
+{
+    TempDir dir;
+    EXPECT_EQ("cat: " + dir.path() + ": Is a directory\n", util::CatFile(dir.path(), 4096));
+}
+
+TEST(TailFile, GivesTheLastLines)
+{
+    TempDir dir;
+    dir.write("messages", "one\ntwo\nthree\nfour\n");
+    EXPECT_EQ("three\nfour\n", util::TailFile(dir / "messages", 2, 4096));
+    EXPECT_EQ("four\n", util::TailFile(dir / "messages", 1, 4096));
+    EXPECT_EQ("one\ntwo\nthree\nfour\n", util::TailFile(dir / "messages", 30, 4096));
+    EXPECT_EQ("", util::TailFile(dir / "messages", 0, 4096));
+}
+
+TEST(TailFile, ALastLineWithoutANewlineCounts)
+{
+    TempDir dir;
+    dir.write("messages", "one\ntwo\nthree");
+    EXPECT_EQ("two\nthree", util::TailFile(dir / "messages", 2, 4096));
+    dir.write("messages", "only");
+    EXPECT_EQ("only", util::TailFile(dir / "messages", 2, 4096));
+}
+
+TEST(TailFile, EmptyLinesAreLines)
+{
+    TempDir dir;
+    dir.write("messages", "\n\n\n");
+    EXPECT_EQ("\n\n", util::TailFile(dir / "messages", 2, 4096));
+    dir.write("messages", "");
+    EXPECT_EQ("", util::TailFile(dir / "messages", 2, 4096));
+}
+
+TEST(TailFile, AMissingOrUnreadableFileGivesNothing)
+{
+    TempDir dir;
+    EXPECT_EQ("", util::TailFile(dir / "messages", 30, 4096));
+    EXPECT_EQ("", util::TailFile(dir.path(), 30, 4096)) << "a folder";
+}
+
+TEST(TailFile, OverTheLimitIsCutWithAnEllipsis)
+{
+    TempDir dir;
+    dir.write("messages", std::string(50, 'x') + "\n" + std::string(20, 'a') + "\n" + std::string(20, 'b') + "\n");
+    EXPECT_EQ(std::string(7, 'a') + "...", util::TailFile(dir / "messages", 2, 10));
+    EXPECT_EQ("aaa", util::TailFile(dir / "messages", 2, 3));
+    EXPECT_EQ(std::string(20, 'a') + "\n" + std::string(20, 'b') + "\n", util::TailFile(dir / "messages", 2, 42));
+}
+
+TEST(TailFile, TheEndOfALongLogAcrossManyChunks)
+{
+    TempDir dir;
+    dir.write("messages", NumberedLines(1, 200000));
+    EXPECT_EQ(NumberedLines(199971, 200000), util::TailFile(dir / "messages", 30, 8096));
+    const std::string longLine(20000, 'z');
+    dir.write("messages", "first\n" + longLine + "\nlast\n");
+    EXPECT_EQ(longLine + "\nlast\n", util::TailFile(dir / "messages", 2, 30000));
+}
+
+TEST(TailFile, APipeIsReadToItsEnd)
+{
+    TempDir dir;
+    const std::string fifo = dir / "messages";
+    ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0600)) << std::strerror(errno);
+    const std::string text = NumberedLines(1, 50000);
+    std::thread writer([&fifo, &text] {
+        const int fd = ::open(fifo.c_str(), O_WRONLY);
+        for (std::size_t done = 0; fd >= 0 && done < text.size();) {
+            const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+            if (n <= 0)
+                break;
+            done += static_cast<std::size_t>(n);
+        }
+        ::close(fd);
+    });
+    const std::string tail = util::TailFile(fifo, 3, 4096);
+    writer.join();
+    EXPECT_EQ(NumberedLines(49998, 50000), tail);
 }
 
 TEST(FindFiles, DirectoriesNeverIncludeDotEntries)
