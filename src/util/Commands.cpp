@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <limits>
@@ -28,6 +26,12 @@ namespace panelkit::util {
 namespace {
 
 const char kAppInitScript[] = "/etc/init.d/rcS";
+
+// How a detached child reports back: the grandchild's pid, or the fork's errno.
+struct Started {
+    pid_t pid;
+    int error;
+};
 
 // The strings must outlive the array.
 std::vector<char*> ArgumentArray(const std::vector<std::string>& argv)
@@ -105,29 +109,78 @@ std::string Capture(const char* program, const std::vector<std::string>& argv, s
     return output;
 }
 
-// In a detached child: every inherited descriptor but the standard streams is closed.
-// limitFailure is logged after `who` when the limit cannot be read, with the cause when withCause.
-bool CloseInheritedDescriptors(const char* who, const char* limitFailure, bool withCause)
+// The grandchild. Its parent may have had other threads, whose locks this copy would never see released:
+// only async-signal-safe calls until the exec.
+[[noreturn]] void BecomeDetached(const char* path, char* const argv[], bool asDaemon)
 {
+    // Its own session, so that the end of the service does not take it along. The firmware tool runs as the
+    // device's daemons do, from / (it unmounts volumes, so it must not hold the service's folder) with a clear umask.
+    if (::setsid() < 0 && asDaemon)
+        ::_exit(1);
+    if (asDaemon) {
+        if (::chdir("/") != 0)
+            ::_exit(1);
+        ::umask(0);
+    }
     rlimit limit{};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) {
-        PK_ERROR() << who << limitFailure << (withCause ? std::strerror(errno) : "");
-        return false;
-    }
-    if (limit.rlim_cur == 0) {
-        PK_ERROR() << who << ": Max number of open file descriptors is 0!!";
-        return false;
-    }
-    for (rlim_t fd = 0; fd < limit.rlim_cur && fd < 65536; ++fd)
-        if (fd != STDIN_FILENO && fd != STDOUT_FILENO && fd != STDERR_FILENO)
-            ::close(static_cast<int>(fd));
-    return true;
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == 0)
+        ::_exit(1);
+    for (rlim_t fd = STDERR_FILENO + 1; fd < limit.rlim_cur && fd < 65536; ++fd)
+        ::close(static_cast<int>(fd));
+    const int null = ::open("/dev/null", O_RDWR);
+    if (null < 0)
+        ::_exit(1);
+    for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::dup2(null, fd) < 0)
+            ::_exit(1);
+    if (null > STDERR_FILENO)
+        ::close(null);
+    // The service ignores SIGPIPE; the program gets the default, as when the device starts it.
+    struct sigaction action {};
+    action.sa_handler = SIG_DFL;
+    sigemptyset(&action.sa_mask);
+    ::sigaction(SIGPIPE, &action, nullptr);
+    ::execv(path, argv);
+    ::_exit(127);
 }
 
-bool QuietStandardStreams()
+// A double fork: the middle child starts the grandchild and ends at once, and is reaped here. The grandchild
+// then belongs to init, so it never lingers as a zombie of the service and SIGCHLD keeps its disposition.
+// Its pid comes back through a close-on-exec pipe; -1 with errno set when it could not be started.
+pid_t SpawnDetached(const std::string& path, const std::vector<std::string>& argv, bool asDaemon)
 {
-    return std::freopen("/dev/null", "r", stdin) && std::freopen("/dev/null", "w", stdout) &&
-           std::freopen("/dev/null", "w", stderr);
+    std::vector<char*> args = ArgumentArray(argv);
+    int channel[2];
+    if (::pipe2(channel, O_CLOEXEC) != 0)
+        return -1;
+    const pid_t child = ::fork();
+    if (child < 0) {
+        const int error = errno;
+        ::close(channel[0]);
+        ::close(channel[1]);
+        errno = error;
+        return -1;
+    }
+    if (child == 0) {
+        const pid_t grandchild = ::fork();
+        if (grandchild == 0)
+            BecomeDetached(path.c_str(), args.data(), asDaemon);
+        const Started started{grandchild, grandchild < 0 ? errno : 0};
+        const bool told = ::write(channel[1], &started, sizeof started) == static_cast<ssize_t>(sizeof started);
+        ::_exit(told && grandchild > 0 ? 0 : 1);
+    }
+    ::close(channel[1]);
+    Started started{-1, ECHILD};
+    ssize_t got = 0;
+    while ((got = ::read(channel[0], &started, sizeof started)) < 0 && errno == EINTR) {
+    }
+    ::close(channel[0]);
+    Reap(child);
+    if (got != static_cast<ssize_t>(sizeof started))
+        started = {-1, ECHILD};
+    if (started.pid < 0)
+        errno = started.error;
+    return started.pid;
 }
 
 }  // namespace
@@ -181,56 +234,31 @@ int RunStatus(const std::vector<std::string>& argv)
 
 void ForkReboot()
 {
-    ::signal(SIGCHLD, SIG_IGN);
-    const pid_t pid = ::fork();
-    if (pid > 0) {
-        PK_INFO() << "Forked a reboot";
-        return;
-    }
-    if (pid < 0) {
+    if (SpawnDetached(DevicePath("/sbin/reboot"), {"reboot", "-d", "5"}, false) < 0) {
         PK_ERROR() << "ForkReboot failed";
         return;
     }
-    ::signal(SIGCHLD, SIG_DFL);
-    ::setsid();
-    if (!CloseInheritedDescriptors("ForkReboot", ": getrlimit ", true) || !QuietStandardStreams())
-        std::_Exit(1);
-    const std::string reboot = DevicePath("/sbin/reboot");
-    std::_Exit(::execl(reboot.c_str(), "reboot", "-d", "5", static_cast<char*>(nullptr)));
+    PK_INFO() << "Forked a reboot";
 }
 
 int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir)
 {
-    ::signal(SIGCHLD, SIG_IGN);
-    const pid_t pid = ::fork();
-    if (pid != 0) {
-        if (pid < 0)
-            PK_ERROR() << "FWupgrade: failed to fork, " << std::strerror(errno);
-        return pid;
-    }
-    ::signal(SIGCHLD, SIG_DFL);
-    if (::setsid() < 0) {
-        PK_ERROR() << "FWupgrade: failed to create a session";
-        std::_Exit(1);
-    }
-    if (::chdir("/") != 0) {
-        PK_ERROR() << "FWupgrade: failed to change dir";
-        std::_Exit(1);
-    }
-    ::umask(0);
-    if (!CloseInheritedDescriptors("FWupgrade", ": failed to get rlimit", false) || !QuietStandardStreams())
-        std::_Exit(1);
+    // Stopped here rather than in the detached child: they are stopped before the tool starts, and logged.
     for (const auto& app : FindFiles(appsDir, FindFilesType::Directory, ".*")) {
         const std::string script = appsDir + "/" + app + kAppInitScript;
         if (!FileExists(script))
             continue;
-        const int result = std::system((ShellQuote(script) + " stop").c_str());
+        const int result = RunStatus({script, "stop"});
         PK_INFO() << "\"" << script << " stop\"" << " returned: " << result;
     }
-    const std::string fwtool = DevicePath("/usr/bin/fwtool");
-    ::execl(fwtool.c_str(), "fwtool", "--upgrade", file.c_str(), "--delete", "--create-ubi-volume",
-            "--unmount-ubi-volume", static_cast<char*>(nullptr));
-    std::_Exit(0);
+    const pid_t pid = SpawnDetached(
+        DevicePath("/usr/bin/fwtool"),
+        {"fwtool", "--upgrade", file, "--delete", "--create-ubi-volume", "--unmount-ubi-volume"}, true);
+    if (pid < 0) {
+        const int error = errno;
+        PK_ERROR() << "FWupgrade: failed to fork, " << std::strerror(error);
+    }
+    return pid;
 }
 
 }  // namespace panelkit::util

@@ -24,10 +24,10 @@ int RunStatus(const std::vector<std::string>& argv);
 /// The text when it fits in maxBytes; else its first maxBytes bytes, the last 3 of them replaced
 /// by "..." when that leaves at least 4 bytes.
 std::string Bounded(std::string text, std::size_t maxBytes);
-/// Forks a detached child that stops the applications under appsDir and becomes the
-/// firmware tool; the child's pid, or a negative value when the fork failed.
+/// Stops the applications under appsDir, then starts the firmware tool detached; the tool's pid,
+/// or a negative value when it could not be started.
 int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir);
-/// Forks a detached child that runs the device's reboot with a 5-second delay.
+/// Starts the device's reboot, detached, with a 5-second delay.
 void ForkReboot();
 
 }  // namespace panelkit::util

@@ -1,4 +1,4 @@
-// Programs run with arguments or through the shell, their bounded output and status, and the detached reboot.
+// Programs run with arguments or through the shell, their bounded output and status, the detached reboot and upgrade.
 #include "Process.h"
 #include "TempDir.h"
 #include "util/Commands.h"
@@ -6,9 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -27,6 +30,44 @@ std::vector<int> NextTwoDescriptors()
     ::close(second);
     return {first, second};
 }
+
+// True while SIGCHLD has its default disposition, so that the service can wait for its own children.
+bool ChildSignalIsDefault()
+{
+    struct sigaction current {};
+    return ::sigaction(SIGCHLD, nullptr, &current) == 0 && current.sa_handler == SIG_DFL;
+}
+
+// True when this process has no child at all, running or ended.
+bool NoChildLeft()
+{
+    errno = 0;
+    return ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
+}
+
+// A device root whose firmware tool records how it was started, and an applications volume
+// with one application that records being stopped, in the same file.
+class FirmwareUpgrade : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        root_.write("tmp/.keep", "");
+        util::SetDeviceRoot(root_.path());
+        apps_.write("site/etc/init.d/rcS", "#!/bin/sh\necho \"rcS $*\" >> '" + record() + "'\n", true);
+        apps_.write("bare/.keep", "");
+        root_.write("usr/bin/fwtool",
+                    "#!/bin/sh\n"
+                    "args=$(printf ' [%s]' \"$@\")\n"
+                    "read -r stat < /proc/$$/stat\n"
+                    "set -- $stat\n"
+                    "printf 'fwtool%s pid %s session %s in %s out %s\\n' \"$args\" $$ \"$6\" \"$(pwd)\" "
+                    "\"$(readlink /proc/$$/fd/1)\" >> '" + record() + "'\n",
+                    true);
+    }
+    std::string record() const { return root_ / "tmp/sequence"; }
+    TempDir root_;
+    TempDir apps_;
+};
 
 }  // namespace
 
@@ -81,6 +122,47 @@ TEST(Reboot, ForkRebootRunsTheDevicesRebootWithAFiveSecondDelay)
     util::ForkReboot();
     ASSERT_TRUE(panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000));
     EXPECT_EQ("-d 5\n", root.read("tmp/reboot-args"));
+}
+
+TEST(Reboot, TheServiceStillWaitsForItsOwnChildrenAfterwards)
+{
+    TempDir root;
+    util::SetDeviceRoot(root.path());
+    root.write("tmp/.keep", "");
+    root.write("sbin/reboot", "#!/bin/sh\necho \"$*\" > \"$(dirname \"$0\")/../tmp/reboot-args\"\n", true);
+    util::ForkReboot();
+    ASSERT_TRUE(panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000));
+    EXPECT_TRUE(ChildSignalIsDefault());
+    EXPECT_EQ(0, util::RunStatus({"true"}));
+    EXPECT_EQ(3 << 8, std::system("exit 3"));
+    EXPECT_TRUE(NoChildLeft()) << "the reboot stayed a child of the service";
+}
+
+TEST_F(FirmwareUpgrade, TheApplicationsStopBeforeTheToolStartsDetachedWithItsArguments)
+{
+    const std::string image = root_ / "tmp/new image.bin";
+    testing::internal::CaptureStderr();
+    const int pid = util::ForkFirmwareUpgrade(image, apps_.path());
+    const std::string log = testing::internal::GetCapturedStderr();
+    ASSERT_GT(pid, 0);
+    ASSERT_TRUE(panelkit::test::WaitForText(record(), "fwtool", 5000)) << root_.read("tmp/sequence");
+    const std::string id = std::to_string(pid);
+    EXPECT_EQ("rcS stop\n"
+              "fwtool [--upgrade] [" + image + "] [--delete] [--create-ubi-volume] [--unmount-ubi-volume]"
+              " pid " + id + " session " + id + " in / out /dev/null\n",
+              root_.read("tmp/sequence"));
+    const std::string stopped = "\"" + (apps_ / "site/etc/init.d/rcS") + " stop\" returned: 0";
+    EXPECT_NE(std::string::npos, log.find(stopped)) << "expected \"" << stopped << "\" in: " << log;
+}
+
+TEST_F(FirmwareUpgrade, TheServiceStillWaitsForItsOwnChildrenAfterwards)
+{
+    ASSERT_GT(util::ForkFirmwareUpgrade(root_ / "tmp/image.bin", apps_.path()), 0);
+    ASSERT_TRUE(panelkit::test::WaitForText(record(), "fwtool", 5000)) << root_.read("tmp/sequence");
+    EXPECT_TRUE(ChildSignalIsDefault());
+    EXPECT_EQ(0, util::RunStatus({"true"}));
+    EXPECT_EQ(3 << 8, std::system("exit 3"));
+    EXPECT_TRUE(NoChildLeft()) << "the firmware tool stayed a child of the service";
 }
 
 TEST(Bounded, TextWithinTheLimitIsWhole)
