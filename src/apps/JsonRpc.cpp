@@ -11,8 +11,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace panelkit::apps {
 
@@ -85,22 +83,9 @@ void JsonRpc::PrepareFWUpgrade()
 
 void JsonRpc::FirmwareUpgradeStatus()
 {
-    const std::string path = util::DevicePath("/tmp/fwtool_status.txt");
-    std::string line;
-    const int fd = ::open(path.c_str(), O_RDONLY);
-    if (fd >= 0) {
-        // The tool rewrites the file under a write lock: read it whole or not at all.
-        struct flock lock {};
-        lock.l_type = F_RDLCK;
-        lock.l_whence = SEEK_SET;
-        ::fcntl(fd, F_SETLKW, &lock);
-        char buffer[100] = {};
-        const ssize_t got = ::read(fd, buffer, sizeof buffer - 1);
-        ::close(fd);
-        line.assign(buffer, got > 0 ? static_cast<std::size_t>(got) : 0);
-        line = line.substr(0, line.find('\n'));
-    }
-    if (!util::IsFirmareUpgradeInProgress() && (fd < 0 || line.find("done") == std::string::npos)) {
+    bool opened = false;
+    const std::string line = util::ReadFirmwareStatusLine(opened);
+    if (!util::IsFirmareUpgradeInProgress() && (!opened || line.find("done") == std::string::npos)) {
         PK_ERROR() << "firmware upgrade failed";
         return_result("{ 'state' : 'failed' }");
         return;

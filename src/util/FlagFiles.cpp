@@ -8,8 +8,10 @@
 #include <qor_util/GlobalLock.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fcntl.h>
+#include <thread>
 #include <unistd.h>
 
 namespace panelkit::util {
@@ -120,6 +122,36 @@ bool IsFirmareUpgradeInProgress()
     if (::fcntl(lock.fd(), F_GETLK, &probe) != 0)
         return true;
     return probe.l_type != F_UNLCK;
+}
+
+std::string ReadFirmwareStatusLine(bool& opened)
+{
+    const int fd = ::open(DevicePath(kFwtoolStatus).c_str(), O_RDONLY | O_CLOEXEC);
+    opened = fd >= 0;
+    if (fd < 0)
+        return "";
+    // The tool rewrites the file under a write lock, so a shared lock gives a whole line. A tool that keeps
+    // its lock must not keep every worker with it: after a second the line is read as it stands.
+    struct flock lock {};
+    lock.l_type = F_RDLCK;
+    lock.l_whence = SEEK_SET;
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    while (::fcntl(fd, F_SETLK, &lock) != 0 && (errno == EACCES || errno == EAGAIN || errno == EINTR) &&
+           std::chrono::steady_clock::now() < giveUp)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    char buffer[99];
+    std::size_t got = 0;
+    while (got < sizeof buffer) {
+        const ssize_t n = ::read(fd, buffer + got, sizeof buffer - got);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            break;
+        got += static_cast<std::size_t>(n);
+    }
+    ::close(fd);  // lets go of the lock too
+    const std::string text(buffer, got);
+    return text.substr(0, text.find('\n'));
 }
 
 }  // namespace panelkit::util

@@ -23,5 +23,9 @@ std::string& FirmwareUpgradeFile();
 int& FirmwareUpgradePid();
 /// True while the firmware tool holds its lock file (or the lock cannot be checked).
 bool IsFirmareUpgradeInProgress();
+/// The first line (at most 99 characters) of the firmware tool's status file, read under a shared lock
+/// when the tool lets go of it within a second, else without; opened is false (and the line "") when
+/// the file cannot be opened.
+std::string ReadFirmwareStatusLine(bool& opened);
 
 }  // namespace panelkit::util

@@ -1,4 +1,4 @@
-// Flag files shared with the main loop, the upgrade state and the firmware tool's lock.
+// Flag files shared with the main loop, the upgrade state, and the firmware tool's lock and status files.
 #include "TempDir.h"
 #include "util/DevicePath.h"
 #include "util/FlagFiles.h"
@@ -118,6 +118,62 @@ TEST_F(DeviceRoot, FlagsAreSetAndClearedWithNoProgramOnThePath)
     EXPECT_TRUE(reload);
     EXPECT_TRUE(firmware);
     EXPECT_TRUE(cleared);
+}
+
+TEST_F(DeviceRoot, StatusLineIsTheFirstLineOfTheToolsStatusFile)
+{
+    bool opened = false;
+    root_.write("tmp/fwtool_status.txt", "{ 'state' : 'done' }\nsecond line\n");
+    EXPECT_EQ("{ 'state' : 'done' }", util::ReadFirmwareStatusLine(opened));
+    EXPECT_TRUE(opened);
+    root_.write("tmp/fwtool_status.txt", std::string(150, 'x') + "\n");
+    EXPECT_EQ(std::string(99, 'x'), util::ReadFirmwareStatusLine(opened)) << "at most 99 characters";
+    root_.write("tmp/fwtool_status.txt", "");
+    EXPECT_EQ("", util::ReadFirmwareStatusLine(opened));
+    EXPECT_TRUE(opened);
+}
+
+TEST_F(DeviceRoot, MissingStatusFileIsNotOpened)
+{
+    bool opened = true;
+    EXPECT_EQ("", util::ReadFirmwareStatusLine(opened));
+    EXPECT_FALSE(opened);
+}
+
+TEST_F(DeviceRoot, StatusLineIsReadWhileAnotherProcessKeepsTheToolsWriteLock)
+{
+    const std::string status = root_ / "tmp/fwtool_status.txt";
+    root_.write("tmp/fwtool_status.txt", "{ 'state' : 'writing', 'received' : 5, 'size' : 10 }\nolder\n");
+    int ready[2];
+    ASSERT_EQ(0, ::pipe(ready));
+    const pid_t holder = ::fork();
+    ASSERT_GE(holder, 0);
+    if (holder == 0) {
+        const int fd = ::open(status.c_str(), O_RDWR);
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        if (fd < 0 || ::fcntl(fd, F_SETLK, &lock) != 0)
+            ::_exit(1);
+        const char byte = 1;
+        if (::write(ready[1], &byte, 1) != 1)
+            ::_exit(1);
+        ::pause();
+        ::_exit(0);
+    }
+    ::close(ready[1]);
+    char byte = 0;
+    const bool locked = ::read(ready[0], &byte, 1) == 1;
+    ::close(ready[0]);
+    bool opened = false;
+    const std::string line = locked ? util::ReadFirmwareStatusLine(opened) : std::string();
+    const bool stillHeld = ::waitpid(holder, nullptr, WNOHANG) == 0;
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
+    ASSERT_TRUE(locked) << "the other process could not lock the status file";
+    EXPECT_TRUE(opened);
+    EXPECT_EQ("{ 'state' : 'writing', 'received' : 5, 'size' : 10 }", line);
+    EXPECT_TRUE(stillHeld) << "the lock was let go before the line was read";
 }
 
 TEST(FlagFiles, AFlagThatCannotBeMadeIsToldAsTouchWould)
