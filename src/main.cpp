@@ -1,11 +1,10 @@
 // panelkit: process entry; builds the service, serves, and rebuilds it after a forced reload.
 #include "apps/Panelkit.h"
-#include "util/DevicePath.h"
-#include "util/PluginManager.h"
 #include "util/Commands.h"
+#include "util/DevicePath.h"
 #include "util/Environment.h"
-#include "util/Files.h"
 #include "util/FlagFiles.h"
+#include "util/PluginManager.h"
 #include "web/Application.h"
 #include "web/Error.h"
 #include "web/FileServer.h"

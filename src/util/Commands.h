@@ -1,4 +1,4 @@
-// panelkit util: fixed shell command lines with captured output, and the detached reboot and upgrade children.
+// panelkit util: device programs run with arguments or fixed shell lines, and the detached reboot and upgrade.
 #pragma once
 
 #include <cstddef>
@@ -11,21 +11,23 @@ namespace panelkit::util {
 std::string ShellQuote(const std::string& text);
 /// A device path (under the device root) as one shell word, for fixed command lines.
 std::string ShellDevicePath(const std::string& path);
-/// Runs a fixed command line through the shell; at most maxBytes of its output, ending in
-/// "..." when cut (and at least 4 bytes long).
+/// Runs a fixed command line through the shell; at most maxBytes of its output, cut as Bounded cuts.
 std::string ShellCommand(const std::string& cmd, std::size_t maxBytes);
 /// Runs a command through the maker's library, its output in out; the library's result.
 int ShellCommand(const std::string& cmd, std::string& out);
-/// Forks a detached child that stops the applications under appsDir and becomes the
-/// firmware tool; the child's pid, or a negative value when the fork failed.
-int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir);
-/// Forks a detached child that runs the device's reboot with a 5-second delay.
-void ForkReboot();
-/// Runs a program with its arguments (no shell); at most maxBytes of its output.
+/// Runs argv[0] (looked up on PATH) with the arguments and no shell; at most maxBytes of its
+/// standard output, cut as Bounded cuts; "" when the program cannot be started.
 std::string Run(const std::vector<std::string>& argv, std::size_t maxBytes);
-/// Runs a program with its arguments (no shell); its wait status, 127 << 8 when it cannot start.
+/// Runs argv[0] (looked up on PATH) with the arguments and no shell, output not captured; the wait
+/// status as system() gives it (0 on success), 127 << 8 when the program cannot be started.
 int RunStatus(const std::vector<std::string>& argv);
-/// The text cut to maxBytes like command output.
+/// The text when it fits in maxBytes; else its first maxBytes bytes, the last 3 of them replaced
+/// by "..." when that leaves at least 4 bytes.
 std::string Bounded(std::string text, std::size_t maxBytes);
+/// Stops the applications under appsDir, then starts the firmware tool detached; the tool's pid,
+/// or a negative value when it could not be started.
+int ForkFirmwareUpgrade(const std::string& file, const std::string& appsDir);
+/// Starts the device's reboot, detached, with a 5-second delay.
+void ForkReboot();
 
 }  // namespace panelkit::util

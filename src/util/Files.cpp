@@ -1,6 +1,7 @@
 // panelkit util: files, folder listings, text and certificate names, read in-process.
 #include "util/Files.h"
 
+#include "util/Commands.h"
 #include "web/Log.h"
 
 #include <openssl/bio.h>
@@ -9,19 +10,114 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
+#include <limits>
 #include <regex.h>
-#include <spawn.h>
 #include <sstream>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace panelkit::util {
+
+namespace {
+
+// False on a read error, errno telling why; what was read before it stays in out.
+bool ReadUpTo(int fd, std::size_t limit, std::string& out)
+{
+    char chunk[4096];
+    while (out.size() < limit) {
+        const ssize_t got = ::read(fd, chunk, std::min(sizeof chunk, limit - out.size()));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return false;
+        if (got == 0)
+            break;
+        out.append(chunk, static_cast<std::size_t>(got));
+    }
+    return true;
+}
+
+// One byte past the limit is enough to know that a text must be cut.
+std::size_t OnePast(std::size_t maxBytes)
+{
+    return maxBytes == std::numeric_limits<std::size_t>::max() ? maxBytes : maxBytes + 1;
+}
+
+// The newline that ends the last line starts no line; a last line without one still counts.
+std::size_t StartOfLastLines(const std::string& text, std::size_t lines)
+{
+    if (lines == 0)
+        return text.size();
+    std::size_t end = text.size();
+    if (end > 0 && text[end - 1] == '\n')
+        --end;
+    for (std::size_t found = 0; end > 0;) {
+        const std::size_t newline = text.rfind('\n', end - 1);
+        if (newline == std::string::npos)
+            return 0;
+        if (++found == lines)
+            return newline + 1;
+        end = newline;
+    }
+    return 0;
+}
+
+// The same count for a regular file, read backwards in chunks so that a long log is not read whole; -1 on a read error.
+off_t StartOfLastLines(int fd, off_t size, std::size_t lines)
+{
+    if (lines == 0)
+        return size;
+    char chunk[8192];
+    std::size_t found = 0;
+    for (off_t end = size; end > 0;) {
+        const std::size_t want = static_cast<std::size_t>(std::min<off_t>(static_cast<off_t>(sizeof chunk), end));
+        const off_t from = end - static_cast<off_t>(want);
+        for (std::size_t done = 0; done < want;) {
+            const ssize_t got = ::pread(fd, chunk + done, want - done, from + static_cast<off_t>(done));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got <= 0)
+                return -1;  // a read error, or the file shrank under us
+            done += static_cast<std::size_t>(got);
+        }
+        for (std::size_t i = want; i-- > 0;) {
+            const off_t at = from + static_cast<off_t>(i);
+            if (chunk[i] == '\n' && at != size - 1 && ++found == lines)
+                return at + 1;
+        }
+        end = from;
+    }
+    return 0;
+}
+
+// Pipes and the like cannot be read backwards: read on, keeping only what can still be among the last lines.
+bool TailOfStream(int fd, std::size_t lines, std::string& out)
+{
+    std::size_t trimAt = 64 * 1024;
+    char chunk[4096];
+    for (;;) {
+        const ssize_t got = ::read(fd, chunk, sizeof chunk);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return false;
+        if (got == 0)
+            break;
+        out.append(chunk, static_cast<std::size_t>(got));
+        if (out.size() >= trimAt) {
+            out.erase(0, StartOfLastLines(out, lines));
+            trimAt = std::max(trimAt, 2 * out.size());
+        }
+    }
+    out.erase(0, StartOfLastLines(out, lines));
+    return true;
+}
+
+}  // namespace
 
 bool FileExists(const std::string& path)
 {
@@ -36,17 +132,41 @@ bool ReadFileHead(const std::string& path, std::size_t maxBytes, std::string& ou
     if (fd < 0)
         return false;
     out.clear();
-    char chunk[4096];
-    while (out.size() < maxBytes) {
-        const ssize_t n = ::read(fd, chunk, std::min(sizeof chunk, maxBytes - out.size()));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            break;
-        out.append(chunk, static_cast<std::size_t>(n));
-    }
+    ReadUpTo(fd, maxBytes, out);
     ::close(fd);
     return true;
+}
+
+std::string CatFile(const std::string& path, std::size_t maxBytes)
+{
+    std::string text;
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0 || !ReadUpTo(fd, OnePast(maxBytes), text)) {
+        const int error = errno;
+        text += "cat: " + path + ": " + std::strerror(error) + "\n";
+    }
+    if (fd >= 0)
+        ::close(fd);
+    return Bounded(std::move(text), maxBytes);
+}
+
+std::string TailFile(const std::string& path, std::size_t lines, std::size_t maxBytes)
+{
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return "";
+    std::string text;
+    struct stat info {};
+    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
+        const off_t start = StartOfLastLines(fd, info.st_size, lines);
+        if (start >= 0 && ::lseek(fd, start, SEEK_SET) == start &&
+            !ReadUpTo(fd, std::min(static_cast<std::size_t>(info.st_size - start), OnePast(maxBytes)), text))
+            text.clear();
+    } else if (!TailOfStream(fd, lines, text)) {
+        text.clear();
+    }
+    ::close(fd);
+    return Bounded(std::move(text), maxBytes);
 }
 
 unsigned FileSize(const std::string& path)
@@ -62,14 +182,7 @@ bool MoveFile(const std::string& from, const std::string& to)
     if (errno != EXDEV)
         return false;
     // Across file systems: mv copies and removes. Run with arguments, as the names may come from a browser.
-    const char* const args[] = {"mv", from.c_str(), to.c_str(), nullptr};
-    pid_t pid = -1;
-    if (::posix_spawnp(&pid, "mv", nullptr, nullptr, const_cast<char* const*>(args), environ) != 0)
-        return false;
-    int status = 0;
-    if (::waitpid(pid, &status, 0) != pid)
-        return false;
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return RunStatus({"mv", from, to}) == 0;
 }
 
 std::vector<std::string> FindFiles(const std::string& dir, FindFilesType type, const std::string& pattern)
@@ -140,28 +253,6 @@ bool GetCertificateDetails(const std::string& path, std::string& issuer, std::st
     X509_free(certificate);
     BIO_free(memory);
     return true;
-}
-
-std::string CatFile(const std::string& path, std::size_t maxBytes)
-{
-    std::string text;
-    if (!ReadFileHead(path, maxBytes + 1, text))
-        return "cat: " + path + ": No such file or directory\n";
-    if (text.size() > maxBytes) {
-        text.resize(maxBytes);
-        if (text.size() >= 4)
-            text.replace(text.size() - 3, 3, "...");
-    }
-    return text;
-}
-
-std::string TailFile(const std::string& path, std::size_t lines, std::size_t maxBytes)
-{
-    std::string text;
-    ReadFileHead(path, 1 << 24, text);
-    (void)lines;
-    (void)maxBytes;
-    return text;
 }
 
 }  // namespace panelkit::util

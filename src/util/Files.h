@@ -22,6 +22,12 @@ struct containsChars {
 bool FileExists(const std::string& path);
 /// Up to maxBytes from the start of the file into out; false when it cannot be read.
 bool ReadFileHead(const std::string& path, std::size_t maxBytes, std::string& out);
+/// What `cat PATH 2>&1` prints: the file's bytes, or "cat: PATH: <reason>\n" when it cannot be read;
+/// at most maxBytes, cut as Bounded cuts.
+std::string CatFile(const std::string& path, std::size_t maxBytes);
+/// What `tail -n LINES PATH` prints on its standard output: the last lines (a last line without a
+/// newline counts), "" when the file cannot be read; at most maxBytes, cut as Bounded cuts.
+std::string TailFile(const std::string& path, std::size_t lines, std::size_t maxBytes);
 /// The file's size, 0 when it cannot be read.
 unsigned FileSize(const std::string& path);
 /// Moves a file, across file systems too; false when it could not.
@@ -32,9 +38,5 @@ std::vector<std::string> FindFiles(const std::string& dir, FindFilesType type, c
 std::string StripChars(const std::string& text, const std::string& chars);
 /// Reads the issuer and subject of the certificate between <cert> and </cert> in the file.
 bool GetCertificateDetails(const std::string& path, std::string& issuer, std::string& subject);
-/// What cat prints for the file (its error text too), at most maxBytes.
-std::string CatFile(const std::string& path, std::size_t maxBytes);
-/// What tail -n prints for the file, at most maxBytes.
-std::string TailFile(const std::string& path, std::size_t lines, std::size_t maxBytes);
 
 }  // namespace panelkit::util

@@ -1,14 +1,17 @@
 // panelkit util: the flag files shared with the main loop, and the firmware tool's lock and status files.
 #include "util/FlagFiles.h"
 
-#include "util/Commands.h"
 #include "util/DevicePath.h"
 #include "util/Files.h"
+#include "web/Log.h"
 
 #include <qor_util/GlobalLock.h>
 
-#include <cstdlib>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
 #include <fcntl.h>
+#include <thread>
 #include <unistd.h>
 
 namespace panelkit::util {
@@ -22,17 +25,35 @@ const char kFwtoolStatus[] = "/tmp/fwtool_status.txt";
 const char kFwtoolDone[] = "'done'";
 const char kFwtoolLock[] = "/tmp/fwtool_6v1Znb.lock";
 
-void Run(const std::string& command)
+// The flags are files so that the main loop and every worker see them; failures are told as touch and rm
+// tell them, and the next look at the file decides.
+void CreateFlag(const std::string& path)
 {
-    const int status = std::system(command.c_str());
-    (void)status;  // the flag helpers do not report failures; the next look at the file tells
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY, 0666);
+    if (fd < 0) {
+        const int error = errno;
+        PK_WARNING() << "touch: cannot touch '" << path << "': " << std::strerror(error);
+        return;
+    }
+    ::close(fd);
+}
+
+// quietWhenAbsent clears as rm -f does: a flag that is not there is already cleared.
+void RemoveFlag(const std::string& path, bool quietWhenAbsent)
+{
+    if (::unlink(path.c_str()) == 0)
+        return;
+    const int error = errno;
+    if (error == ENOENT && quietWhenAbsent)
+        return;
+    PK_WARNING() << "rm: cannot remove '" << path << "': " << std::strerror(error);
 }
 
 }  // namespace
 
 void MarkRebootRequired()
 {
-    Run("touch " + ShellDevicePath(kRebootFlag));
+    CreateFlag(DevicePath(kRebootFlag));
 }
 
 bool IsRebootRequired()
@@ -47,7 +68,10 @@ bool IsRebootRequired()
 
 void MarkForceReload(bool on)
 {
-    Run((on ? "touch " : "rm ") + ShellDevicePath(kReloadFlag));
+    if (on)
+        CreateFlag(DevicePath(kReloadFlag));
+    else
+        RemoveFlag(DevicePath(kReloadFlag), false);
 }
 
 bool IsForceReloadFlagged()
@@ -57,7 +81,10 @@ bool IsForceReloadFlagged()
 
 void MarkFirmwareUpgrade(bool on)
 {
-    Run((on ? "touch " : "rm -f ") + ShellDevicePath(kFirmwareFlag));
+    if (on)
+        CreateFlag(DevicePath(kFirmwareFlag));
+    else
+        RemoveFlag(DevicePath(kFirmwareFlag), true);
 }
 
 bool IsFirmwareUpgradeFlagged()
@@ -95,6 +122,36 @@ bool IsFirmareUpgradeInProgress()
     if (::fcntl(lock.fd(), F_GETLK, &probe) != 0)
         return true;
     return probe.l_type != F_UNLCK;
+}
+
+std::string ReadFirmwareStatusLine(bool& opened)
+{
+    const int fd = ::open(DevicePath(kFwtoolStatus).c_str(), O_RDONLY | O_CLOEXEC);
+    opened = fd >= 0;
+    if (fd < 0)
+        return "";
+    // The tool rewrites the file under a write lock, so a shared lock gives a whole line. A tool that keeps
+    // its lock must not keep every worker with it: after a second the line is read as it stands.
+    struct flock lock {};
+    lock.l_type = F_RDLCK;
+    lock.l_whence = SEEK_SET;
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    while (::fcntl(fd, F_SETLK, &lock) != 0 && (errno == EACCES || errno == EAGAIN || errno == EINTR) &&
+           std::chrono::steady_clock::now() < giveUp)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    char buffer[99];
+    std::size_t got = 0;
+    while (got < sizeof buffer) {
+        const ssize_t n = ::read(fd, buffer + got, sizeof buffer - got);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            break;
+        got += static_cast<std::size_t>(n);
+    }
+    ::close(fd);  // lets go of the lock too
+    const std::string text(buffer, got);
+    return text.substr(0, text.find('\n'));
 }
 
 }  // namespace panelkit::util

@@ -2,7 +2,6 @@
 // volumes, loads them, and lets the plugins extend menus and attach applications.
 #include "util/PluginManager.h"
 
-#include "util/Commands.h"
 #include "util/Environment.h"
 #include "util/Files.h"
 #include "util/FlagFiles.h"

@@ -5,9 +5,6 @@
 #include "TempDir.h"
 #include "util/DevicePath.h"
 #include "util/Commands.h"
-#include "util/DeviceIdentity.h"
-#include "util/Environment.h"
-#include "util/Files.h"
 #include "util/FlagFiles.h"
 
 #include <gtest/gtest.h>

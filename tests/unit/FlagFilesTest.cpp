@@ -1,17 +1,12 @@
-// Flag files shared with the main loop, the upgrade lock, directory listings and environment look-ups.
+// Flag files shared with the main loop, the upgrade state, and the firmware tool's lock and status files.
 #include "TempDir.h"
 #include "util/DevicePath.h"
-#include "util/Commands.h"
-#include "util/DeviceIdentity.h"
-#include "util/Environment.h"
-#include "util/Files.h"
 #include "util/FlagFiles.h"
-#include "web/Settings.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -29,6 +24,21 @@ protected:
         util::SetDeviceRoot(root_.path());
     }
     TempDir root_;
+};
+
+// Sets PATH for the scope of a test and puts the old value back however the test ends.
+class PathSetTo {
+public:
+    explicit PathSetTo(const char* path) : saved_(std::getenv("PATH") ? std::getenv("PATH") : "")
+    {
+        ::setenv("PATH", path, 1);
+    }
+    ~PathSetTo() { ::setenv("PATH", saved_.c_str(), 1); }
+    PathSetTo(const PathSetTo&) = delete;
+    PathSetTo& operator=(const PathSetTo&) = delete;
+
+private:
+    std::string saved_;
 };
 
 }  // namespace
@@ -60,7 +70,16 @@ TEST_F(DeviceRoot, ForceReloadFlagComesAndGoes)
     EXPECT_TRUE(root_.exists("tmp/panelkit_freload_flag"));
     util::MarkForceReload(false);
     EXPECT_FALSE(util::IsForceReloadFlagged());
-    util::MarkForceReload(false);  // rm complains on stderr; nothing else happens
+}
+
+TEST_F(DeviceRoot, ClearingAnAbsentReloadFlagWarnsAsRmWouldAndChangesNothing)
+{
+    testing::internal::CaptureStderr();
+    util::MarkForceReload(false);
+    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string complaint =
+        "panelkit, warning: rm: cannot remove '" + (root_ / "tmp/panelkit_freload_flag") + "': No such file or directory";
+    EXPECT_NE(std::string::npos, log.find(complaint)) << "expected \"" << complaint << "\" in: " << log;
     EXPECT_FALSE(util::IsForceReloadFlagged());
 }
 
@@ -70,17 +89,104 @@ TEST_F(DeviceRoot, FirmwareUpgradeFlagComesAndGoes)
     EXPECT_TRUE(util::IsFirmwareUpgradeFlagged());
     util::MarkFirmwareUpgrade(false);
     EXPECT_FALSE(util::IsFirmwareUpgradeFlagged());
+}
+
+TEST_F(DeviceRoot, ClearingAnAbsentFirmwareFlagSaysNothing)
+{
+    testing::internal::CaptureStderr();
     util::MarkFirmwareUpgrade(false);
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
     EXPECT_FALSE(root_.exists("tmp/panelkit_fwsugd_flag"));
 }
 
-TEST(UpgradeState, FileAndPidAreProcessWide)
+TEST_F(DeviceRoot, FlagsAreSetAndClearedWithNoProgramOnThePath)
 {
-    EXPECT_EQ(-1, util::FirmwareUpgradePid());
-    util::FirmwareUpgradePid() = 1234;
-    util::FirmwareUpgradeFile() = "/tmp/image.bin";
-    EXPECT_EQ(1234, util::FirmwareUpgradePid());
-    EXPECT_EQ("/tmp/image.bin", util::FirmwareUpgradeFile());
+    bool reboot = false, reload = false, firmware = false, cleared = false;
+    {
+        const PathSetTo nowhere("");
+        util::MarkRebootRequired();
+        util::MarkForceReload(true);
+        util::MarkFirmwareUpgrade(true);
+        reboot = root_.exists("tmp/panelkit_reboot_flag");
+        reload = root_.exists("tmp/panelkit_freload_flag");
+        firmware = root_.exists("tmp/panelkit_fwsugd_flag");
+        util::MarkForceReload(false);
+        util::MarkFirmwareUpgrade(false);
+        cleared = !root_.exists("tmp/panelkit_freload_flag") && !root_.exists("tmp/panelkit_fwsugd_flag");
+    }
+    EXPECT_TRUE(reboot);
+    EXPECT_TRUE(reload);
+    EXPECT_TRUE(firmware);
+    EXPECT_TRUE(cleared);
+}
+
+TEST_F(DeviceRoot, StatusLineIsTheFirstLineOfTheToolsStatusFile)
+{
+    bool opened = false;
+    root_.write("tmp/fwtool_status.txt", "{ 'state' : 'done' }\nsecond line\n");
+    EXPECT_EQ("{ 'state' : 'done' }", util::ReadFirmwareStatusLine(opened));
+    EXPECT_TRUE(opened);
+    root_.write("tmp/fwtool_status.txt", std::string(150, 'x') + "\n");
+    EXPECT_EQ(std::string(99, 'x'), util::ReadFirmwareStatusLine(opened)) << "at most 99 characters";
+    root_.write("tmp/fwtool_status.txt", "");
+    EXPECT_EQ("", util::ReadFirmwareStatusLine(opened));
+    EXPECT_TRUE(opened);
+}
+
+TEST_F(DeviceRoot, MissingStatusFileIsNotOpened)
+{
+    bool opened = true;
+    EXPECT_EQ("", util::ReadFirmwareStatusLine(opened));
+    EXPECT_FALSE(opened);
+}
+
+TEST_F(DeviceRoot, StatusLineIsReadWhileAnotherProcessKeepsTheToolsWriteLock)
+{
+    const std::string status = root_ / "tmp/fwtool_status.txt";
+    root_.write("tmp/fwtool_status.txt", "{ 'state' : 'writing', 'received' : 5, 'size' : 10 }\nolder\n");
+    int ready[2];
+    ASSERT_EQ(0, ::pipe(ready));
+    const pid_t holder = ::fork();
+    ASSERT_GE(holder, 0);
+    if (holder == 0) {
+        const int fd = ::open(status.c_str(), O_RDWR);
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        if (fd < 0 || ::fcntl(fd, F_SETLK, &lock) != 0)
+            ::_exit(1);
+        const char byte = 1;
+        if (::write(ready[1], &byte, 1) != 1)
+            ::_exit(1);
+        ::pause();
+        ::_exit(0);
+    }
+    ::close(ready[1]);
+    char byte = 0;
+    const bool locked = ::read(ready[0], &byte, 1) == 1;
+    ::close(ready[0]);
+    bool opened = false;
+    const std::string line = locked ? util::ReadFirmwareStatusLine(opened) : std::string();
+    const bool stillHeld = ::waitpid(holder, nullptr, WNOHANG) == 0;
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
+    ASSERT_TRUE(locked) << "the other process could not lock the status file";
+    EXPECT_TRUE(opened);
+    EXPECT_EQ("{ 'state' : 'writing', 'received' : 5, 'size' : 10 }", line);
+    EXPECT_TRUE(stillHeld) << "the lock was let go before the line was read";
+}
+
+TEST(FlagFiles, AFlagThatCannotBeMadeIsToldAsTouchWould)
+{
+    TempDir root;  // no tmp folder
+    util::SetDeviceRoot(root.path());
+    testing::internal::CaptureStderr();
+    util::MarkRebootRequired();
+    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string complaint =
+        "panelkit, warning: touch: cannot touch '" + (root / "tmp/panelkit_reboot_flag") + "': No such file or directory";
+    EXPECT_NE(std::string::npos, log.find(complaint)) << "expected \"" << complaint << "\" in: " << log;
+    EXPECT_FALSE(util::IsRebootRequired());
 }
 
 TEST_F(DeviceRoot, UpgradeInProgressFollowsTheToolsLock)
@@ -121,63 +227,11 @@ TEST_F(DeviceRoot, UnopenableLockFileMeansInProgress)
     EXPECT_TRUE(util::IsFirmareUpgradeInProgress());
 }
 
-TEST(FindFiles, DirectoriesNeverIncludeDotEntries)
+TEST(UpgradeState, FileAndPidAreProcessWide)
 {
-    TempDir dir;
-    dir.write("a/x", "");
-    dir.write("b/x", "");
-    dir.write("plain.txt", "");
-    auto names = util::FindFiles(dir.path(), util::FindFilesType::Directory, ".*");
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ((std::vector<std::string>{"a", "b"}), names);
-    auto regular = util::FindFiles(dir.path(), util::FindFilesType::Regular, ".*");
-    EXPECT_EQ(std::vector<std::string>{"plain.txt"}, regular);
-    auto any = util::FindFiles(dir.path(), util::FindFilesType::Any, ".*");
-    EXPECT_EQ(5u, any.size()) << "every entry, . and .. included";
-}
-
-TEST(FindFiles, PatternsSearchAndBadPatternsGiveNothing)
-{
-    TempDir dir;
-    dir.write("one-panelkit-plugin.so", "");
-    dir.write("two-panelkit-plugin.so.bak", "");
-    EXPECT_EQ(std::vector<std::string>{"one-panelkit-plugin.so"},
-              util::FindFiles(dir.path(), util::FindFilesType::Regular, ".*-panelkit-plugin.so$"));
-    EXPECT_EQ(2u, util::FindFiles(dir.path(), util::FindFilesType::Regular, "plugin").size());
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(util::FindFiles(dir.path(), util::FindFilesType::Any, "[").empty());
-    EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("FindFiles: Bad regex pattern: ["));
-    EXPECT_TRUE(util::FindFiles(dir / "missing", util::FindFilesType::Any, ".*").empty());
-}
-
-TEST(Environment, EnvironmentWinsWhenSetAndNotEmpty)
-{
-    Json::Value config;
-    config["panelkit"]["media_root"] = "/media";
-    config["panelkit"]["number"] = 5;
-    const panelkit::web::Settings settings(config);
-    ::unsetenv("PANELKIT_TEST_MEDIA");
-    EXPECT_EQ("", util::GetEnv("PANELKIT_TEST_MEDIA"));
-    EXPECT_EQ("/media", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.media_root", settings));
-    ::setenv("PANELKIT_TEST_MEDIA", "", 1);
-    EXPECT_EQ("/media", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.media_root", settings));
-    ::setenv("PANELKIT_TEST_MEDIA", "/other", 1);
-    EXPECT_EQ("/other", util::GetEnv("PANELKIT_TEST_MEDIA"));
-    EXPECT_EQ("/other", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.media_root", settings));
-    ::unsetenv("PANELKIT_TEST_MEDIA");
-    EXPECT_EQ("", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.number", settings));
-    EXPECT_EQ("", util::EnvOrSettings("PANELKIT_TEST_MEDIA", "panelkit.none", settings));
-}
-
-TEST(DevicePaths, RootIsPutBeforeDevicePathsAndMadeAbsolute)
-{
-    util::SetDeviceRoot("relative/root/");
-    char cwd[4096];
-    ASSERT_NE(nullptr, ::getcwd(cwd, sizeof cwd));
-    EXPECT_EQ(std::string(cwd) + "/relative/root/tmp/x", util::DevicePath("/tmp/x"));
-    EXPECT_EQ(std::string(cwd) + "/relative/root", util::GetEnv("PANELKIT_DEVICE_ROOT"));
-    EXPECT_EQ(0u, util::GetEnv("PATH").rfind(std::string(cwd) + "/relative/root/usr/sbin:", 0));
-    util::SetDeviceRoot("");
-    EXPECT_EQ("/tmp/x", util::DevicePath("/tmp/x"));
-    EXPECT_EQ(std::string::npos, util::GetEnv("PATH").find("relative/root"));
+    EXPECT_EQ(-1, util::FirmwareUpgradePid());
+    util::FirmwareUpgradePid() = 1234;
+    util::FirmwareUpgradeFile() = "/tmp/image.bin";
+    EXPECT_EQ(1234, util::FirmwareUpgradePid());
+    EXPECT_EQ("/tmp/image.bin", util::FirmwareUpgradeFile());
 }

@@ -1,24 +1,22 @@
-// Bounded command output, file and text helpers, certificate names, device identity and the reboot child.
+// File, folder and text helpers, and certificate names.
 #include "Process.h"
 #include "TempDir.h"
-#include "util/DevicePath.h"
-#include "util/Commands.h"
-#include "util/DeviceIdentity.h"
-#include "util/Environment.h"
 #include "util/Files.h"
-#include "util/FlagFiles.h"
 
 #include <gtest/gtest.h>
-
-#include <qor_util/system.h>
 
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
 
-#include <csignal>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 using panelkit::test::TempDir;
 namespace util = panelkit::util;
@@ -51,6 +49,15 @@ void Issue(Issued& out, const char* commonName, const Issued* issuer)
     X509_sign(out.certificate, issuer ? issuer->key : out.key, EVP_sha256());
 }
 
+// "line 1\n" ... "line <count>\n", from line `from` on.
+std::string NumberedLines(int from, int count)
+{
+    std::string text;
+    for (int i = from; i <= count; ++i)
+        text += "line " + std::to_string(i) + "\n";
+    return text;
+}
+
 std::string Pem(X509* certificate)
 {
     BIO* memory = BIO_new(BIO_s_mem());
@@ -62,62 +69,7 @@ std::string Pem(X509* certificate)
     return text;
 }
 
-// The service ignores SIGCHLD once it forked a detached child; the other tests of this process wait
-// for their children (popen, spawn), so a test that forks one puts the disposition back.
-class SigchldKept {
-public:
-    SigchldKept() { ::sigaction(SIGCHLD, nullptr, &saved_); }
-    ~SigchldKept() { ::sigaction(SIGCHLD, &saved_, nullptr); }
-    SigchldKept(const SigchldKept&) = delete;
-    SigchldKept& operator=(const SigchldKept&) = delete;
-
-private:
-    struct sigaction saved_ {};
-};
-
 }  // namespace
-
-TEST(ShellCommand, OutputOverTheLimitIsCutWithAnEllipsis)
-{
-    const std::string out = util::ShellCommand("head -c 600 /dev/zero | tr '\\0' a", 10);
-    EXPECT_EQ("aaaaaaa...", out);
-}
-
-TEST(ShellCommand, LimitBelowFourBytesCutsWithoutAnEllipsis)
-{
-    EXPECT_EQ("aaa", util::ShellCommand("head -c 600 /dev/zero | tr '\\0' a", 3));
-}
-
-TEST(ShellCommand, OutputOfExactlyTheLimitIsWhole)
-{
-    EXPECT_EQ("abcdefghij", util::ShellCommand("printf abcdefghij", 10));
-    EXPECT_EQ(std::string(1024, 'b'), util::ShellCommand("head -c 1024 /dev/zero | tr '\\0' b", 1024));
-}
-
-TEST(ShellCommand, LongOutputIsCutAtTheLimit)
-{
-    const std::string out = util::ShellCommand("head -c 20000 /dev/zero | tr '\\0' c", 10000);
-    ASSERT_EQ(10000u, out.size());
-    EXPECT_EQ("...", out.substr(9997));
-    EXPECT_EQ(std::string(9997, 'c'), out.substr(0, 9997));
-}
-
-TEST(ShellCommand, ThroughTheMakersLibraryGivesTheOutputAndStatus)
-{
-    std::string out;
-    EXPECT_EQ(0, util::ShellCommand("echo hello", out));
-    EXPECT_EQ("hello\n", out);
-    EXPECT_EQ(3, util::ShellCommand("exit 3", out));
-    EXPECT_EQ("", out);
-}
-
-TEST(ShellCommand, AQuotedPathWithBlanksAndQuotesIsOneWord)
-{
-    TempDir dir;
-    dir.write("it's a device/etc/resolv.conf", "nameserver 10.0.0.53\n");
-    const std::string path = dir.path() + "/it's a device/etc/resolv.conf";
-    EXPECT_EQ("nameserver 10.0.0.53\n", panelkit::util::ShellCommand("cat " + panelkit::util::ShellQuote(path), 4096));
-}
 
 TEST(Files, ExistsAndSize)
 {
@@ -165,6 +117,142 @@ TEST(Files, MoveFileCrossesFileSystems)
     EXPECT_FALSE(dir.exists("upload"));
     EXPECT_EQ("image \"quoted\" $(name)", panelkit::test::ReadFile(away));
     ::unlink(away.c_str());
+}
+
+TEST(CatFile, GivesTheFilesBytes)
+{
+    TempDir dir;
+    dir.write("resolv.conf", std::string("nameserver 10.0.0.53\n\0tail", 26));
+    EXPECT_EQ(std::string("nameserver 10.0.0.53\n\0tail", 26), util::CatFile(dir / "resolv.conf", 4096));
+    dir.write("empty", "");
+    EXPECT_EQ("", util::CatFile(dir / "empty", 4096));
+}
+
+TEST(CatFile, OverTheLimitIsCutWithAnEllipsis)
+{
+    TempDir dir;
+    dir.write("big", std::string(600, 'a'));
+    EXPECT_EQ("aaaaaaa...", util::CatFile(dir / "big", 10));
+    EXPECT_EQ("aaa", util::CatFile(dir / "big", 3));
+    EXPECT_EQ(std::string(600, 'a'), util::CatFile(dir / "big", 600));
+}
+
+TEST(CatFile, AMissingFileGivesCatsComplaint)
+{
+    TempDir dir;
+    const std::string path = dir / "resolv.conf";
+    EXPECT_EQ("cat: " + path + ": No such file or directory\n", util::CatFile(path, 4096));
+    EXPECT_EQ("cat: ...", util::CatFile(path, 8)) << "the complaint is bounded too";
+}
+
+TEST(CatFile, AFolderGivesCatsComplaint)
+{
+    TempDir dir;
+    EXPECT_EQ("cat: " + dir.path() + ": Is a directory\n", util::CatFile(dir.path(), 4096));
+}
+
+TEST(TailFile, GivesTheLastLines)
+{
+    TempDir dir;
+    dir.write("messages", "one\ntwo\nthree\nfour\n");
+    EXPECT_EQ("three\nfour\n", util::TailFile(dir / "messages", 2, 4096));
+    EXPECT_EQ("four\n", util::TailFile(dir / "messages", 1, 4096));
+    EXPECT_EQ("one\ntwo\nthree\nfour\n", util::TailFile(dir / "messages", 30, 4096));
+    EXPECT_EQ("", util::TailFile(dir / "messages", 0, 4096));
+}
+
+TEST(TailFile, ALastLineWithoutANewlineCounts)
+{
+    TempDir dir;
+    dir.write("messages", "one\ntwo\nthree");
+    EXPECT_EQ("two\nthree", util::TailFile(dir / "messages", 2, 4096));
+    dir.write("messages", "only");
+    EXPECT_EQ("only", util::TailFile(dir / "messages", 2, 4096));
+}
+
+TEST(TailFile, EmptyLinesAreLines)
+{
+    TempDir dir;
+    dir.write("messages", "\n\n\n");
+    EXPECT_EQ("\n\n", util::TailFile(dir / "messages", 2, 4096));
+    dir.write("messages", "");
+    EXPECT_EQ("", util::TailFile(dir / "messages", 2, 4096));
+}
+
+TEST(TailFile, AMissingOrUnreadableFileGivesNothing)
+{
+    TempDir dir;
+    EXPECT_EQ("", util::TailFile(dir / "messages", 30, 4096));
+    EXPECT_EQ("", util::TailFile(dir.path(), 30, 4096)) << "a folder";
+}
+
+TEST(TailFile, OverTheLimitIsCutWithAnEllipsis)
+{
+    TempDir dir;
+    dir.write("messages", std::string(50, 'x') + "\n" + std::string(20, 'a') + "\n" + std::string(20, 'b') + "\n");
+    EXPECT_EQ(std::string(7, 'a') + "...", util::TailFile(dir / "messages", 2, 10));
+    EXPECT_EQ("aaa", util::TailFile(dir / "messages", 2, 3));
+    EXPECT_EQ(std::string(20, 'a') + "\n" + std::string(20, 'b') + "\n", util::TailFile(dir / "messages", 2, 42));
+}
+
+TEST(TailFile, TheEndOfALongLogAcrossManyChunks)
+{
+    TempDir dir;
+    dir.write("messages", NumberedLines(1, 200000));
+    EXPECT_EQ(NumberedLines(199971, 200000), util::TailFile(dir / "messages", 30, 8096));
+    const std::string longLine(20000, 'z');
+    dir.write("messages", "first\n" + longLine + "\nlast\n");
+    EXPECT_EQ(longLine + "\nlast\n", util::TailFile(dir / "messages", 2, 30000));
+}
+
+TEST(TailFile, APipeIsReadToItsEnd)
+{
+    TempDir dir;
+    const std::string fifo = dir / "messages";
+    ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0600)) << std::strerror(errno);
+    const std::string text = NumberedLines(1, 50000);
+    std::thread writer([&fifo, &text] {
+        const int fd = ::open(fifo.c_str(), O_WRONLY);
+        for (std::size_t done = 0; fd >= 0 && done < text.size();) {
+            const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+            if (n <= 0)
+                break;
+            done += static_cast<std::size_t>(n);
+        }
+        ::close(fd);
+    });
+    const std::string tail = util::TailFile(fifo, 3, 4096);
+    writer.join();
+    EXPECT_EQ(NumberedLines(49998, 50000), tail);
+}
+
+TEST(FindFiles, DirectoriesNeverIncludeDotEntries)
+{
+    TempDir dir;
+    dir.write("a/x", "");
+    dir.write("b/x", "");
+    dir.write("plain.txt", "");
+    auto names = util::FindFiles(dir.path(), util::FindFilesType::Directory, ".*");
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ((std::vector<std::string>{"a", "b"}), names);
+    auto regular = util::FindFiles(dir.path(), util::FindFilesType::Regular, ".*");
+    EXPECT_EQ(std::vector<std::string>{"plain.txt"}, regular);
+    auto any = util::FindFiles(dir.path(), util::FindFilesType::Any, ".*");
+    EXPECT_EQ(5u, any.size()) << "every entry, . and .. included";
+}
+
+TEST(FindFiles, PatternsSearchAndBadPatternsGiveNothing)
+{
+    TempDir dir;
+    dir.write("one-panelkit-plugin.so", "");
+    dir.write("two-panelkit-plugin.so.bak", "");
+    EXPECT_EQ(std::vector<std::string>{"one-panelkit-plugin.so"},
+              util::FindFiles(dir.path(), util::FindFilesType::Regular, ".*-panelkit-plugin.so$"));
+    EXPECT_EQ(2u, util::FindFiles(dir.path(), util::FindFilesType::Regular, "plugin").size());
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(util::FindFiles(dir.path(), util::FindFilesType::Any, "[").empty());
+    EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("FindFiles: Bad regex pattern: ["));
+    EXPECT_TRUE(util::FindFiles(dir / "missing", util::FindFilesType::Any, ".*").empty());
 }
 
 TEST(Text, StripCharsRemovesDashesAndBlanks)
@@ -219,63 +307,4 @@ TEST(Certificate, IssuerGoesToTheSecondArgumentAndSubjectToTheThird)
     ASSERT_TRUE(util::GetCertificateDetails(dir / "client.ovpn", issuer, subject));
     EXPECT_EQ("/O=Site/CN=Site CA", issuer);
     EXPECT_EQ("/O=Site/CN=router-17", subject);
-}
-
-TEST(Identity, DeviceIdStatusesGiveTheirTexts)
-{
-    TempDir root;
-    util::SetDeviceRoot(root.path());
-    EXPECT_EQ("(error: ID not initialized)", util::SystemDeviceID());
-    root.write("etc/qor/device_id", "not-an-id\n");
-    EXPECT_EQ("(error: invalid ID)", util::SystemDeviceID());
-    root.write("etc/qor/device_id", "0012-3456-789A\n");
-    EXPECT_EQ("0012-3456-789A", util::SystemDeviceID());
-}
-
-TEST(Identity, AssemblyNumberAndTheCachedDeviceName)
-{
-    TempDir root;
-    util::SetDeviceRoot(root.path());
-    root.write("etc/qor/barcode_asn", "A123456789\n");
-    EXPECT_EQ("A123456789", util::SystemAssemblySN());
-    EXPECT_EQ("ulm3_A123456789", util::DeviceName());
-    root.write("etc/qor/barcode_asn", "B000000001\n");
-    EXPECT_EQ("B000000001", util::SystemAssemblySN());
-    EXPECT_EQ("ulm3_A123456789", util::DeviceName()) << "the name is read once per process";
-}
-
-TEST(Identity, CurrentAddressPrefersTheBridge)
-{
-    EXPECT_EQ("192.168.1.1", util::CurrentIPAddressOf({{"eth0", "10.0.0.5"}, {"br1", "192.168.1.1"}, {"lo", "127.0.0.1"}}));
-    EXPECT_EQ("10.0.0.5", util::CurrentIPAddressOf({{"eth1", "10.1.0.5"}, {"eth0", "10.0.0.5"}}));
-    EXPECT_EQ("10.1.0.5", util::CurrentIPAddressOf({{"eth1", "10.1.0.5"}, {"wlan0", "10.2.0.5"}}));
-    EXPECT_EQ("10.0.0.9", util::CurrentIPAddressOf({{"eth0", "10.0.0.5"}, {"eth0", "10.0.0.9"}}));
-    EXPECT_EQ("", util::CurrentIPAddressOf({{"lo", "127.0.0.1"}}));
-}
-
-TEST(Reboot, ForkRebootRunsTheDevicesRebootWithAFiveSecondDelay)
-{
-    TempDir root;
-    util::SetDeviceRoot(root.path());
-    root.write("tmp/.keep", "");
-    root.write("sbin/reboot", "#!/bin/sh\necho \"$*\" > \"$(dirname \"$0\")/../tmp/reboot-args\"\n", true);
-    const SigchldKept kept;
-    util::ForkReboot();
-    ASSERT_TRUE(panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000));
-    EXPECT_EQ("-d 5\n", root.read("tmp/reboot-args"));
-}
-
-TEST(Identity, SettingTheAssemblyNumberReportsSuccessWithNonZero)
-{
-    TempDir root;
-    util::SetDeviceRoot(root.path());
-    EXPECT_EQ(0, qor_util::system::SetBarcodeASN("A1")) << "no identity folder on this device";
-    root.write("etc/qor/.keep", "");
-    EXPECT_NE(0, qor_util::system::SetBarcodeASN("A987654321"));
-    EXPECT_EQ("A987654321", util::SystemAssemblySN());
-    EXPECT_EQ(0, qor_util::system::SetBarcodeASN("")) << "an empty number is refused";
-    EXPECT_EQ(0, qor_util::system::SetBarcodeASN("A1\nB2"));
-    int status = -1;
-    EXPECT_EQ("A987654321", qor_util::system::GetBarcodeASN(&status));
-    EXPECT_EQ(0, status);
 }
