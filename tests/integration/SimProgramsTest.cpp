@@ -1,6 +1,7 @@
 // The simulated device's system programs (uname, ps, top, uptime): the General page shows the router, never the host.
 #include "Http.h"
 #include "Process.h"
+#include "DeviceServerTest.h"
 #include "Server.h"
 
 #include <gtest/gtest.h>
@@ -21,27 +22,9 @@ bool Has(const std::string& text, const std::string& part)
     return text.find(part) != std::string::npos;
 }
 
-class SimPrograms : public ::testing::Test {
+class SimPrograms : public DeviceServerTest {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(server_.simulateDevice());
-        ASSERT_TRUE(server_.start()) << server_.log();
-    }
-
-    Json::Value GeneralStatus()
-    {
-        const HttpReply reply = Rpc(server_.port(), "/async/rpc", "general_dynamic_status");
-        Json::Value answer;
-        std::string errors;
-        const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-        EXPECT_TRUE(reader->parse(reply.body.data(), reply.body.data() + reply.body.size(), &answer, &errors))
-            << reply.body;
-        EXPECT_TRUE(answer["error"].isNull()) << reply.body;
-        return answer["result"];
-    }
-
-    std::string CommandLog() const { return ReadFile(server_.devicePath("/var/log/sim-commands.log")); }
+    Json::Value GeneralStatus() { return Call("general_dynamic_status"); }
 
     // Runs a program found by name on the device's PATH, as a spawn by argument vector finds it.
     std::string RunByName(const std::vector<std::string>& args)
@@ -59,8 +42,6 @@ protected:
         ::unlink(out.c_str());
         return text;
     }
-
-    Server server_;
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The status service of the real binary on a simulated device: its URL, the service's own methods,
 // notifications, and the firmware tool's state.
 #include "Http.h"
+#include "DeviceServerTest.h"
 #include "Server.h"
 
 #include <gtest/gtest.h>
@@ -15,31 +16,7 @@ bool Has(const std::string& text, const std::string& part)
     return text.find(part) != std::string::npos;
 }
 
-class StatusService : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(server_.simulateDevice());
-        ASSERT_TRUE(server_.start()) << server_.log();
-    }
-
-    // The result of a JSON-RPC call without parameters.
-    Json::Value Call(const std::string& method)
-    {
-        const HttpReply reply = Rpc(server_.port(), "/async/rpc", method);
-        Json::Value answer;
-        std::string errors;
-        const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-        EXPECT_TRUE(reader->parse(reply.body.data(), reply.body.data() + reply.body.size(), &answer, &errors))
-            << reply.body;
-        EXPECT_TRUE(answer["error"].isNull()) << reply.body;
-        return answer["result"];
-    }
-
-    std::string CommandLog() const { return ReadFile(server_.devicePath("/var/log/sim-commands.log")); }
-
-    Server server_;
-};
+using StatusService = DeviceServerTest;
 
 const char kEthernet[] = "/config/network/ethernet1";
 const char kDns[] = "/config/network/dns_server";
