@@ -193,11 +193,6 @@ std::string ShellQuote(const std::string& text)
     return quoted + "'";
 }
 
-std::string ShellDevicePath(const std::string& path)
-{
-    return ShellQuote(DevicePath(path));
-}
-
 std::string Bounded(std::string text, std::size_t maxBytes)
 {
     if (text.size() <= maxBytes)

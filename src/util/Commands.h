@@ -9,8 +9,6 @@ namespace panelkit::util {
 
 /// The text as one shell word, whatever it holds (device paths: the device root may hold blanks).
 std::string ShellQuote(const std::string& text);
-/// A device path (under the device root) as one shell word, for fixed command lines.
-std::string ShellDevicePath(const std::string& path);
 /// Runs a fixed command line through the shell; at most maxBytes of its output, cut as Bounded cuts.
 std::string ShellCommand(const std::string& cmd, std::size_t maxBytes);
 /// Runs a command through the maker's library, its output in out; the library's result.
