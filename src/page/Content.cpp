@@ -9,8 +9,8 @@ Content::Content(const Page& page) : page(page)
 {
     // A page without forms still has an empty one, so that every hook sees a form.
     static const std::vector<Field> none;
-    for (const auto& spec : page.Forms())
-        forms.push_back(std::make_unique<Form>(spec.fields));
+    for (const auto& declared : page.Forms())
+        forms.push_back(std::make_unique<Form>(declared.fields));
     if (forms.empty())
         forms.push_back(std::make_unique<Form>(none));
 }

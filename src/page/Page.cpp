@@ -44,7 +44,7 @@ Page& Page::View(const std::string& name)
 Page& Page::Form(const std::string& id, const std::string& tab, const std::string& submitName,
                  const std::string& submitValue)
 {
-    FormSpec form;
+    FormDeclaration form;
     form.id = id;
     form.tab = tab;
     form.submitName = submitName;
@@ -55,7 +55,7 @@ Page& Page::Form(const std::string& id, const std::string& tab, const std::strin
     return *this;
 }
 
-Page::FormSpec& Page::_Current()
+Page::FormDeclaration& Page::_Current()
 {
     if (forms_.empty())
         Form(name_ + "_config");
@@ -107,7 +107,7 @@ Page& Page::After(Hook hook)
 
 Page& Page::ReloadAfterPost(const std::string& field, const std::string& value, std::vector<std::string> names)
 {
-    FormSpec& form = _Current();
+    FormDeclaration& form = _Current();
     form.reloadField = field;
     form.reloadValue = value;
     form.reloadNames = std::move(names);

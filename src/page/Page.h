@@ -49,7 +49,7 @@ public:
     using Action = std::function<bool(Call&)>;
 
     /// One form of the page and what a post of it does.
-    struct FormSpec {
+    struct FormDeclaration {
         /// The id of the division around the form ("dns_server_config"), also its tab's anchor.
         std::string id;
         /// The tab's heading on a multi-form page.
@@ -147,7 +147,7 @@ public:
     /// The named view, "" for the default one.
     const std::string& ViewName() const { return view_; }
     /// The forms.
-    const std::vector<FormSpec>& Forms() const { return forms_; }
+    const std::vector<FormDeclaration>& Forms() const { return forms_; }
     /// The buttons outside the forms: (name, value, action).
     struct Button {
         std::string name;
@@ -182,7 +182,7 @@ public:
     bool DiagnosticsFirst() const { return diagnosticsFirst_; }
 
 private:
-    FormSpec& _Current();
+    FormDeclaration& _Current();
 
     std::string name_;
     std::string title_;
@@ -194,7 +194,7 @@ private:
     Layout layout_ = Layout::Form;
     bool layoutSet_ = false;
     std::string view_;
-    std::vector<FormSpec> forms_;
+    std::vector<FormDeclaration> forms_;
     std::vector<Button> buttons_;
     std::vector<Hook> prepare_;
     std::string intro_;

@@ -18,8 +18,8 @@ int PostedForm(apps::Base& app, const Page& page)
 {
     const auto& forms = page.Forms();
     for (std::size_t i = 0; i < forms.size(); ++i) {
-        const auto& spec = forms[i];
-        if (spec.submitName.empty() ? forms.size() == 1 : app.HttpPost(spec.submitName) == spec.submitValue)
+        const auto& declared = forms[i];
+        if (declared.submitName.empty() ? forms.size() == 1 : app.HttpPost(declared.submitName) == declared.submitValue)
             return static_cast<int>(i);
     }
     return -1;
@@ -75,30 +75,30 @@ bool Runner::_Post(apps::Base& app, const Page& page, Content& content, const st
 void Runner::_PostForm(apps::Base& app, const Page& page, Content& content, std::size_t index,
                        const std::vector<std::string>& args)
 {
-    const Page::FormSpec& spec = page.Forms()[index];
+    const Page::FormDeclaration& declared = page.Forms()[index];
     Form& form = *content.forms[index];
     Call call{app, content, form, args};
     bool valid = app.ValidateForm(form);
-    for (std::size_t i = 0; valid && i < spec.checks.size(); ++i)
-        valid = spec.checks[i](call);
+    for (std::size_t i = 0; valid && i < declared.checks.size(); ++i)
+        valid = declared.checks[i](call);
     if (!valid) {
         if (content.message.GetResultClass() == data::Message::ResultClass::None)
             content.message = data::Message::ValidationError();
-    } else if (spec.save ? spec.save(call) : form.Save(spec.saveOrder)) {
+    } else if (declared.save ? declared.save(call) : form.Save(declared.saveOrder)) {
         // A page's own save may have said what happened; otherwise the standard outcome.
         if (content.message.GetResultClass() == data::Message::ResultClass::None)
-            content.message = spec.savedText.empty() ? data::Message::SaveOK() : data::Message::OK(spec.savedText);
-        if (spec.reboot) {
+            content.message = declared.savedText.empty() ? data::Message::SaveOK() : data::Message::OK(declared.savedText);
+        if (declared.reboot) {
             util::MarkRebootRequired();
             content.reboot_required = util::IsRebootRequired();
         }
-        if (spec.after)
-            spec.after(call);
+        if (declared.after)
+            declared.after(call);
     } else if (content.message.GetResultClass() == data::Message::ResultClass::None) {
         content.message = data::Message::SaveError();
     }
-    if (!spec.reloadNames.empty() && form.Value(spec.reloadField) == spec.reloadValue)
-        form.Load(spec.reloadNames);
+    if (!declared.reloadNames.empty() && form.Value(declared.reloadField) == declared.reloadValue)
+        form.Load(declared.reloadNames);
 }
 
 void Runner::_Render(apps::Base& app, const Page& page, Content& content)

@@ -38,11 +38,11 @@ void PageView::render_page()
         return;
     case page::Page::Layout::MultiForm:
         out_ << "<div id=\"tabcontainer\"><ul class=\"tabnav\">";
-        for (const auto& spec : page.Forms()) {
+        for (const auto& declared : page.Forms()) {
             out_ << "<li><a href=\"#";
-            Esc(spec.id + "_tab");
+            Esc(declared.id + "_tab");
             out_ << "\">";
-            Esc(spec.tab);
+            Esc(declared.tab);
             out_ << "</a></li>";
         }
         out_ << "</ul>\n";
@@ -71,10 +71,10 @@ void PageView::render_facts()
 
 void PageView::render_config_tab(std::size_t index)
 {
-    const auto& spec = page_.page.Forms()[index];
+    const auto& declared = page_.page.Forms()[index];
     out_ << "<div id=\"";
-    Esc(spec.id);
-    out_ << "\"><form method=\"post\" action=\"\"" << (spec.multipart ? " enctype=\"multipart/form-data\"" : "")
+    Esc(declared.id);
+    out_ << "\"><form method=\"post\" action=\"\"" << (declared.multipart ? " enctype=\"multipart/form-data\"" : "")
          << "><table class=\"form_table\">";
     if (index == 0)
         render_facts();
