@@ -5,8 +5,6 @@
 #include "util/DevicePath.h"
 #include "util/Files.h"
 
-#include <cerrno>
-#include <cstring>
 
 namespace panelkit::page {
 
@@ -16,28 +14,21 @@ Output Output::Command(const std::string& member, const std::string& title, std:
     return {member, title, [argv = std::move(argv), limit] { return util::Run(argv, limit); }};
 }
 
-namespace {
-
-std::string Cat(const std::string& devicePath, std::size_t limit, bool withError)
-{
-    std::string text;
-    if (!util::ReadFileHead(util::DevicePath(devicePath), limit + 1, text))
-        return withError ? "cat: " + devicePath + ": " + std::strerror(errno) + "\n" : "";
-    return util::Bounded(std::move(text), limit);
-}
-
-}  // namespace
-
 Output Output::File(const std::string& member, const std::string& title, const std::string& devicePath,
                     std::size_t limit)
 {
-    return {member, title, [devicePath, limit] { return Cat(devicePath, limit, false); }};
+    return {member, title, [devicePath, limit] {
+                // Without `2>&1` cat's complaint about a missing file goes nowhere.
+                std::string text;
+                util::ReadFileHead(util::DevicePath(devicePath), limit + 1, text);
+                return util::Bounded(std::move(text), limit);
+            }};
 }
 
 Output Output::FileOrError(const std::string& member, const std::string& title, const std::string& devicePath,
                            std::size_t limit)
 {
-    return {member, title, [devicePath, limit] { return Cat(devicePath, limit, true); }};
+    return {member, title, [devicePath, limit] { return util::CatFile(util::DevicePath(devicePath), limit); }};
 }
 
 Output Output::Computed(const std::string& member, const std::string& title, std::function<std::string()> make)

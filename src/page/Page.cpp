@@ -28,13 +28,6 @@ Page& Page::Title(std::function<std::string(const std::vector<std::string>&)> ti
     return *this;
 }
 
-Page& Page::Shape(Layout layout)
-{
-    layout_ = layout;
-    layoutSet_ = true;
-    return *this;
-}
-
 Page& Page::View(const std::string& name)
 {
     view_ = name;
@@ -50,8 +43,6 @@ Page& Page::Form(const std::string& id, const std::string& tab, const std::strin
     form.submitName = submitName;
     form.submitValue = submitValue;
     forms_.push_back(std::move(form));
-    if (forms_.size() > 1 && !layoutSet_)
-        layout_ = Layout::MultiForm;
     return *this;
 }
 
@@ -120,12 +111,6 @@ Page& Page::On(const std::string& name, const std::string& value, Action action)
     return *this;
 }
 
-Page& Page::Prepare(Hook hook)
-{
-    prepare_.push_back(std::move(hook));
-    return *this;
-}
-
 Page& Page::Intro(const std::string& text, const std::string& cssClass)
 {
     intro_ = text;
@@ -144,8 +129,6 @@ Page& Page::Status(const std::string& method, std::vector<Output> blocks, const 
     method_ = method;
     target_ = target.empty() ? method : target;
     status_ = std::move(blocks);
-    if (!layoutSet_ && forms_.size() <= 1)
-        layout_ = Layout::Tabbed;
     return *this;
 }
 
@@ -167,6 +150,15 @@ Page& Page::Diagnostics(const std::string& id, std::vector<Output> blocks, bool 
     diagnostics_ = std::move(blocks);
     diagnosticsFirst_ = first;
     return *this;
+}
+
+Page::Layout Page::GetLayout() const
+{
+    if (forms_.size() > 1)
+        return Layout::MultiForm;
+    if (!method_.empty())
+        return Layout::Tabbed;
+    return forms_.empty() ? Layout::Plain : Layout::Form;
 }
 
 std::string Page::TitleFor(const std::vector<std::string>& args) const

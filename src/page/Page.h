@@ -34,10 +34,10 @@ class Page {
 public:
     /// How the page is laid out.
     enum class Layout {
-        Plain,      ///< the layout around the title only (a page still to come)
+        Plain,      ///< the layout around the title only: no form, no status
         Form,       ///< one form of rows
-        Tabbed,     ///< a "Configuration" tab with the form and a "Status" tab
-        MultiForm,  ///< one tab per form
+        Tabbed,     ///< a status tab: a "Configuration" tab with the form and a "Status" tab
+        MultiForm,  ///< several forms: one tab per form
     };
     /// An extra check after the fields' own; false refuses the post (the hook marks what failed).
     using Check = std::function<bool(Call&)>;
@@ -87,8 +87,6 @@ public:
     Page& Menu(const std::string& text);
     /// The title made from the route's groups.
     Page& Title(std::function<std::string(const std::vector<std::string>&)> title);
-    /// The layout (Form unless a status tab or a second form says otherwise).
-    Page& Shape(Layout layout);
     /// Renders through a named view of the skin.
     Page& View(const std::string& name);
 
@@ -114,8 +112,6 @@ public:
 
     /// A button outside the forms' saving: when `name` is posted with `value`, the action runs.
     Page& On(const std::string& name, const std::string& value, Action action);
-    /// Done on every request after the common content is prepared.
-    Page& Prepare(Hook hook);
     /// A paragraph shown above the forms, with its class.
     Page& Intro(const std::string& text, const std::string& cssClass = "page_intro");
     /// A read-only row shown before the first form's fields.
@@ -143,7 +139,7 @@ public:
     /// The title for a request.
     std::string TitleFor(const std::vector<std::string>& args) const;
     /// The layout.
-    Layout GetLayout() const { return forms_.empty() && method_.empty() ? Layout::Plain : layout_; }
+    Layout GetLayout() const;
     /// The named view, "" for the default one.
     const std::string& ViewName() const { return view_; }
     /// The forms.
@@ -156,8 +152,6 @@ public:
     };
     /// The buttons outside the forms.
     const std::vector<Button>& Buttons() const { return buttons_; }
-    /// The per-request hooks.
-    const std::vector<Hook>& Preparations() const { return prepare_; }
     /// The paragraph above the forms and its class.
     const std::string& IntroText() const { return intro_; }
     const std::string& IntroClass() const { return introClass_; }
@@ -191,12 +185,9 @@ private:
     std::vector<std::string> expressions_;
     std::vector<int> groups_;
     std::string menu_;
-    Layout layout_ = Layout::Form;
-    bool layoutSet_ = false;
     std::string view_;
     std::vector<FormDeclaration> forms_;
     std::vector<Button> buttons_;
-    std::vector<Hook> prepare_;
     std::string intro_;
     std::string introClass_;
     std::vector<std::pair<std::string, std::function<std::string()>>> facts_;

@@ -22,11 +22,6 @@ namespace {
 // A well-formed form token; the page accepts a post whose field repeats the cookie.
 const char kToken[] = "0123456789abcdef0123456789abcdef";
 
-std::string BuildDir()
-{
-    const std::string binary = PANELKIT_BINARY;
-    return binary.substr(0, binary.rfind('/'));
-}
 
 }  // namespace
 
@@ -54,9 +49,7 @@ Json::Value PageConfig(const std::string& mediaRoot)
 PageFixture::PageFixture()
 {
     const std::string device = root_ / "device";
-    Process init({"/usr/bin/env", "PANELKIT_BUILD_DIR=" + BuildDir(), PANELKIT_SOURCE_DIR "/sim/init-device", device},
-                 root_ / "init.log");
-    EXPECT_EQ(0, init.wait(60000)) << ReadFile(root_ / "init.log");
+    SimulateDevice(root_, device);
     util::SetDeviceRoot(device);
     util::Pardb::FlushReadCache();
     service_ = std::make_unique<web::Service>(web::Settings(PageConfig()));
@@ -137,8 +130,8 @@ void PageFixture::StoreSet(const std::string& key, const std::string& value)
 
 void PageFixture::StoreRefuse(const std::string& key)
 {
-    Process refuse({PANELKIT_PARDB, "--root", root_ / "device", "refuse", key}, root_ / "refuse.log");
-    ASSERT_EQ(0, refuse.wait(60000)) << ReadFile(root_ / "refuse.log");
+    const auto refused = RunTool(root_, {PANELKIT_PARDB, "--root", root_ / "device", "refuse", key});
+    ASSERT_EQ(0, refused.first) << refused.second;
 }
 
 std::string PageFixture::CommandLog() const

@@ -2,6 +2,7 @@
 #include "Process.h"
 
 #include <Poco/Net/StreamSocket.h>
+#include <gtest/gtest.h>
 
 #include <cerrno>
 #include <chrono>
@@ -157,6 +158,25 @@ int WaitForListeningPort(const std::string& logFile, int timeoutMs, Process* pro
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     return 0;
+}
+
+std::pair<int, std::string> RunTool(const TempDir& work, const std::vector<std::string>& args)
+{
+    const std::string out = work / "tool.out";
+    ::unlink(out.c_str());
+    Process process(args, out);
+    const int status = process.wait(60000);
+    return {status, ReadFile(out)};
+}
+
+bool SimulateDevice(const TempDir& work, const std::string& device)
+{
+    const std::string binary = PANELKIT_BINARY;
+    const std::string build = binary.substr(0, binary.rfind('/'));
+    const auto made =
+        RunTool(work, {"/usr/bin/env", "PANELKIT_BUILD_DIR=" + build, PANELKIT_SOURCE_DIR "/sim/init-device", device});
+    EXPECT_EQ(0, made.first) << made.second;
+    return made.first == 0;
 }
 
 }  // namespace panelkit::test

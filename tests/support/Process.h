@@ -1,8 +1,11 @@
 // panelkit tests: child processes (panelkit itself, lighttpd) with their output captured in a file.
 #pragma once
 
+#include "TempDir.h"
+
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace panelkit::test {
@@ -36,6 +39,10 @@ private:
 
 /// Waits until a TCP connection to the loopback port succeeds; false after timeoutMs.
 bool WaitForPort(int port, int timeoutMs, Process* process = nullptr);
+/// Runs a tool of the build with its output in the work folder; the exit status and the output.
+std::pair<int, std::string> RunTool(const TempDir& work, const std::vector<std::string>& args);
+/// Makes the folder a simulated device root with sim/init-device; true when it succeeded.
+bool SimulateDevice(const TempDir& work, const std::string& device);
 /// Reads a whole file, "" when missing.
 std::string ReadFile(const std::string& path);
 /// Waits until the file contains the text; false after timeoutMs.

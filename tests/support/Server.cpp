@@ -75,33 +75,10 @@ void Server::writeDeviceFile(const std::string& path, const std::string& content
     work_.write("device" + path, content, executable);
 }
 
-namespace {
-
-// Runs a tool of the build, its output in the work folder; the exit status and the output.
-std::pair<int, std::string> RunTool(const TempDir& work, const std::vector<std::string>& args)
-{
-    const std::string out = work / "tool.out";
-    ::unlink(out.c_str());
-    Process process(args, out);
-    const int status = process.wait(60000);
-    return {status, ReadFile(out)};
-}
-
-std::string BuildDir()
-{
-    const std::string binary = PANELKIT_BINARY;
-    return binary.substr(0, binary.rfind('/'));
-}
-
-}  // namespace
-
 bool Server::simulateDevice()
 {
     Poco::File(work_ / "device").remove(true);
-    const std::string build = BuildDir();
-    const auto made = RunTool(work_, {"/usr/bin/env", "PANELKIT_BUILD_DIR=" + build, PANELKIT_SOURCE_DIR "/sim/init-device",
-                                      work_ / "device"});
-    return made.first == 0;
+    return SimulateDevice(work_, work_ / "device");
 }
 
 std::string Server::storeGet(const std::string& key) const

@@ -69,6 +69,16 @@ protected:
     TempDir apps_;
 };
 
+// Forks the reboot of a device whose reboot program records its arguments; true once it ran.
+bool RebootOnADevice(const TempDir& root)
+{
+    util::SetDeviceRoot(root.path());
+    root.write("tmp/.keep", "");
+    root.write("sbin/reboot", "#!/bin/sh\necho \"$*\" > \"$(dirname \"$0\")/../tmp/reboot-args\"\n", true);
+    util::ForkReboot();
+    return panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000);
+}
+
 }  // namespace
 
 TEST(ShellCommand, OutputOverTheLimitIsCutWithAnEllipsis)
@@ -116,22 +126,14 @@ TEST(ShellCommand, AQuotedPathWithBlanksAndQuotesIsOneWord)
 TEST(Reboot, ForkRebootRunsTheDevicesRebootWithAFiveSecondDelay)
 {
     TempDir root;
-    util::SetDeviceRoot(root.path());
-    root.write("tmp/.keep", "");
-    root.write("sbin/reboot", "#!/bin/sh\necho \"$*\" > \"$(dirname \"$0\")/../tmp/reboot-args\"\n", true);
-    util::ForkReboot();
-    ASSERT_TRUE(panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000));
+    ASSERT_TRUE(RebootOnADevice(root));
     EXPECT_EQ("-d 5\n", root.read("tmp/reboot-args"));
 }
 
 TEST(Reboot, TheServiceStillWaitsForItsOwnChildrenAfterwards)
 {
     TempDir root;
-    util::SetDeviceRoot(root.path());
-    root.write("tmp/.keep", "");
-    root.write("sbin/reboot", "#!/bin/sh\necho \"$*\" > \"$(dirname \"$0\")/../tmp/reboot-args\"\n", true);
-    util::ForkReboot();
-    ASSERT_TRUE(panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000));
+    ASSERT_TRUE(RebootOnADevice(root));
     EXPECT_TRUE(ChildSignalIsDefault());
     EXPECT_EQ(0, util::RunStatus({"true"}));
     EXPECT_EQ(3 << 8, std::system("exit 3"));

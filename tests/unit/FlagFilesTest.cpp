@@ -41,6 +41,40 @@ private:
     std::string saved_;
 };
 
+// Another process takes a write lock on the whole file and keeps it until released; its pid, or -1
+// when it could not lock.
+pid_t LockInAnotherProcess(const std::string& path)
+{
+    int ready[2];
+    if (::pipe(ready) != 0)
+        return -1;
+    const pid_t holder = ::fork();
+    if (holder == 0) {
+        const int fd = ::open(path.c_str(), O_RDWR);
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        const char byte = 1;
+        if (fd < 0 || ::fcntl(fd, F_SETLK, &lock) != 0 || ::write(ready[1], &byte, 1) != 1)
+            ::_exit(1);
+        ::pause();
+        ::_exit(0);
+    }
+    ::close(ready[1]);
+    char byte = 0;
+    const bool locked = holder > 0 && ::read(ready[0], &byte, 1) == 1;
+    ::close(ready[0]);
+    if (holder > 0 && !locked)
+        ::waitpid(holder, nullptr, 0);
+    return locked ? holder : -1;
+}
+
+void Release(pid_t holder)
+{
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
+}
+
 }  // namespace
 
 TEST_F(DeviceRoot, RebootFlagIsAFileUnderTheDeviceTmp)
@@ -142,35 +176,13 @@ TEST_F(DeviceRoot, MissingStatusFileIsNotOpened)
 
 TEST_F(DeviceRoot, StatusLineIsReadWhileAnotherProcessKeepsTheToolsWriteLock)
 {
-    const std::string status = root_ / "tmp/fwtool_status.txt";
     root_.write("tmp/fwtool_status.txt", "{ 'state' : 'writing', 'received' : 5, 'size' : 10 }\nolder\n");
-    int ready[2];
-    ASSERT_EQ(0, ::pipe(ready));
-    const pid_t holder = ::fork();
-    ASSERT_GE(holder, 0);
-    if (holder == 0) {
-        const int fd = ::open(status.c_str(), O_RDWR);
-        struct flock lock {};
-        lock.l_type = F_WRLCK;
-        lock.l_whence = SEEK_SET;
-        if (fd < 0 || ::fcntl(fd, F_SETLK, &lock) != 0)
-            ::_exit(1);
-        const char byte = 1;
-        if (::write(ready[1], &byte, 1) != 1)
-            ::_exit(1);
-        ::pause();
-        ::_exit(0);
-    }
-    ::close(ready[1]);
-    char byte = 0;
-    const bool locked = ::read(ready[0], &byte, 1) == 1;
-    ::close(ready[0]);
+    const pid_t holder = LockInAnotherProcess(root_ / "tmp/fwtool_status.txt");
+    ASSERT_GT(holder, 0) << "the other process could not lock the status file";
     bool opened = false;
-    const std::string line = locked ? util::ReadFirmwareStatusLine(opened) : std::string();
+    const std::string line = util::ReadFirmwareStatusLine(opened);
     const bool stillHeld = ::waitpid(holder, nullptr, WNOHANG) == 0;
-    ::kill(holder, SIGKILL);
-    ::waitpid(holder, nullptr, 0);
-    ASSERT_TRUE(locked) << "the other process could not lock the status file";
+    Release(holder);
     EXPECT_TRUE(opened);
     EXPECT_EQ("{ 'state' : 'writing', 'received' : 5, 'size' : 10 }", line);
     EXPECT_TRUE(stillHeld) << "the lock was let go before the line was read";
@@ -194,30 +206,10 @@ TEST_F(DeviceRoot, UpgradeInProgressFollowsTheToolsLock)
     EXPECT_FALSE(util::IsFirmareUpgradeInProgress()) << "no lock file";
     root_.write("tmp/fwtool_6v1Znb.lock", "");
     EXPECT_FALSE(util::IsFirmareUpgradeInProgress()) << "nobody holds the lock";
-
-    int ready[2];
-    ASSERT_EQ(0, ::pipe(ready));
-    const pid_t holder = ::fork();
-    if (holder == 0) {
-        const int fd = ::open((root_ / "tmp/fwtool_6v1Znb.lock").c_str(), O_RDWR);
-        struct flock lock {};
-        lock.l_type = F_WRLCK;
-        lock.l_whence = SEEK_SET;
-        if (fd < 0 || ::fcntl(fd, F_SETLK, &lock) != 0)
-            ::_exit(1);
-        const char byte = 1;
-        if (::write(ready[1], &byte, 1) != 1)
-            ::_exit(1);
-        ::pause();
-        ::_exit(0);
-    }
-    char byte = 0;
-    ASSERT_EQ(1, ::read(ready[0], &byte, 1));
+    const pid_t holder = LockInAnotherProcess(root_ / "tmp/fwtool_6v1Znb.lock");
+    ASSERT_GT(holder, 0);
     EXPECT_TRUE(util::IsFirmareUpgradeInProgress()) << "another process holds the lock";
-    ::kill(holder, SIGKILL);
-    ::waitpid(holder, nullptr, 0);
-    ::close(ready[0]);
-    ::close(ready[1]);
+    Release(holder);
     EXPECT_FALSE(util::IsFirmareUpgradeInProgress());
 }
 
