@@ -98,20 +98,13 @@ off_t StartOfLastLines(int fd, off_t size, std::size_t lines)
 bool TailOfStream(int fd, std::size_t lines, std::string& out)
 {
     std::size_t trimAt = 64 * 1024;
-    char chunk[4096];
     for (;;) {
-        const ssize_t got = ::read(fd, chunk, sizeof chunk);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
+        if (!ReadUpTo(fd, trimAt, out))
             return false;
-        if (got == 0)
-            break;
-        out.append(chunk, static_cast<std::size_t>(got));
-        if (out.size() >= trimAt) {
-            out.erase(0, StartOfLastLines(out, lines));
-            trimAt = std::max(trimAt, 2 * out.size());
-        }
+        if (out.size() < trimAt)
+            break;  // the end came before the limit
+        out.erase(0, StartOfLastLines(out, lines));
+        trimAt = std::max(trimAt, 2 * out.size());
     }
     out.erase(0, StartOfLastLines(out, lines));
     return true;
