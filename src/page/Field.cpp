@@ -5,6 +5,7 @@
 #include "util/Validation.h"
 #include "web/Error.h"
 #include "web/widgets/Checkbox.h"
+#include "web/widgets/File.h"
 #include "web/widgets/Hidden.h"
 #include "web/widgets/Numeric.h"
 #include "web/widgets/Password.h"
@@ -169,6 +170,11 @@ Field Field::Submit(const std::string& name, const std::string& id, const std::s
     return field;
 }
 
+Field Field::File(const std::string& name, const std::string& id, const std::string& label)
+{
+    return Field(name, Builder<web::widgets::File>(name, id, label));
+}
+
 Field& Field::Help(const std::string& text)
 {
     return Configure([text](BaseWidget& widget) { widget.help(text); });
@@ -190,6 +196,20 @@ Field& Field::Required()
             return util::validation::NonEmpty(*number);
         widget.non_empty(true);
         widget.error_message("This field is required");
+    });
+}
+
+Field& Field::Upload(std::int64_t minSize, std::int64_t maxSize, const std::string& mime, const std::string& name,
+                     const std::string& magic)
+{
+    return Configure([=](BaseWidget& widget) {
+        auto& file = As<web::widgets::File>(widget, "an upload");
+        file.limits(minSize, maxSize);
+        file.mime(mime);
+        if (!name.empty())
+            file.filename(name);
+        if (!magic.empty())
+            file.add_valid_magic(magic);
     });
 }
 

@@ -1,6 +1,7 @@
 // panelkit page: one form field declared once: its widget, name, id, label, checks, store key and the field it depends on.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -47,6 +48,8 @@ public:
     static Field Hidden(const std::string& name, const std::string& id);
     /// A submit button with its caption.
     static Field Submit(const std::string& name, const std::string& id, const std::string& caption);
+    /// A file upload; the file stays on disk where the request streamed it.
+    static Field File(const std::string& name, const std::string& id, const std::string& label);
 
     /// The help text shown with the field.
     Field& Help(const std::string& text);
@@ -60,6 +63,10 @@ public:
     Field& Selected(const std::string& id);
     /// Rows shown by a list, and how many choices it needs ("error" when fewer).
     Field& Choices(unsigned rows, unsigned atLeast, const std::string& error);
+    /// What an uploaded file must be: its size in bytes, MIME type ("" any), whole-name expression
+    /// ("" any) and first bytes ("" any).
+    Field& Upload(std::int64_t minSize, std::int64_t maxSize, const std::string& mime, const std::string& name,
+                  const std::string& magic);
     /// Extra attributes written into the input as they are (a page's own markup, never user text).
     Field& Attributes(const std::string& attributes);
     /// Any other configuration of the widget.
