@@ -1,6 +1,7 @@
 // The simulated firmware tool: checks an image, reports progress in the status file the
 // firmware page reads, and holds the tool's lock while it runs, as the device's tool does.
 #include <cerrno>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -50,12 +51,29 @@ void WriteStatus(const std::string& path, const std::string& line)
     ::close(fd);
 }
 
-bool HasMagic(const std::string& image)
+// The image's first eight bytes: the magic, then "FAIL" in a test image the tool must reject late.
+std::string Head(const std::string& image)
 {
     std::ifstream in(image, std::ios::binary);
-    unsigned char head[4] = {};
-    return in.read(reinterpret_cast<char*>(head), 4) && std::memcmp(head, kMagic, 4) == 0;
+    std::string head(8, '\0');
+    in.read(&head[0], 8);
+    head.resize(static_cast<std::size_t>(in.gcount()));
+    return head;
 }
+
+bool FileExists(const std::string& path)
+{
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0;
+}
+
+// One phase of the run: the state and how received moves from `from` to `to` of the size.
+struct Phase {
+    const char* state;
+    double share;  // of the run time
+    double from;
+    double to;
+};
 
 int Upgrade(const std::string& root, const std::string& image, bool remove)
 {
@@ -73,24 +91,32 @@ int Upgrade(const std::string& root, const std::string& image, bool remove)
     const long long size = ::stat(image.c_str(), &info) == 0 ? static_cast<long long>(info.st_size) : 0;
     const char* seconds = std::getenv("PANELKIT_SIM_FWTOOL_SECONDS");
     const double duration = seconds ? std::atof(seconds) : 15.0;
-    const int steps = duration > 0 ? static_cast<int>(duration * 2) : 0;
-    const auto pause = std::chrono::milliseconds(500);
-
-    WriteStatus(statusPath, Status("checking", 0, size));
-    const bool good = size > 0 && HasMagic(image);
-    if (good) {
-        for (int step = 1; step <= steps; ++step) {
-            std::this_thread::sleep_for(pause);
-            WriteStatus(statusPath, Status("writing", size * step / steps, size));
+    const std::string head = Head(image);
+    const bool magic = head.size() >= 4 && std::memcmp(head.data(), kMagic, 4) == 0;
+    // A rejected image fails halfway through the copy, as a broken signature does on the device.
+    const bool rejected = !magic || head.substr(4) == "FAIL" || FileExists(root + "/etc/sim/fwtool-fail");
+    const Phase run[] = {{"upgrading", 0.5, 0.0, 1.0}, {"flash", 0.35, 0.0, 1.0}, {"finishing", 0.15, 1.0, 1.0}};
+    const auto tick = std::chrono::milliseconds(250);
+    bool failed = size == 0;
+    for (std::size_t i = 0; i < sizeof run / sizeof run[0] && !failed; ++i) {
+        const Phase& phase = run[i];
+        const int steps = std::max(1, static_cast<int>(duration * phase.share * 4));
+        const int last = rejected && i == 0 ? steps / 2 : steps;
+        for (int step = 0; step <= last; ++step) {
+            const double part = phase.from + (phase.to - phase.from) * step / steps;
+            WriteStatus(statusPath, Status(phase.state, static_cast<long long>(size * part), size));
+            if (duration > 0)
+                std::this_thread::sleep_for(tick);
         }
+        failed = rejected;
     }
-    WriteStatus(statusPath, good ? Status("done", size, size) : Status("failed", 0, size));
+    WriteStatus(statusPath, failed ? Status("failed", 0, size) : Status("done", size, size));
     if (remove)
         ::unlink(image.c_str());
     lock.l_type = F_UNLCK;
     ::fcntl(lockFd, F_SETLK, &lock);
     ::close(lockFd);
-    return good ? 0 : 1;
+    return failed ? 1 : 0;
 }
 
 int PrintStatus(const std::string& root)

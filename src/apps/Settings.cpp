@@ -1,6 +1,7 @@
 // panelkit apps: the Settings controller (general information, firmware, reboot, advanced, about).
 #include "apps/Settings.h"
 
+#include "pages/Firmware.h"
 #include "pages/General.h"
 
 namespace panelkit::apps {
@@ -25,8 +26,8 @@ const std::vector<page::Page>& Settings::Pages()
 {
     static const std::vector<page::Page> pages = {
         pages::General(),
-        Pending("firmware", "Firmware", "Firmware"),
-        Pending("firmware_upgrade_status", "Firmware Upgrade Status", ""),
+        pages::Firmware(),
+        pages::FirmwareUpgradeStatus(),
         Pending("reboot", "Reboot", "Reboot"),
         Pending("advanced", "Advanced", "Advanced"),
         Pending("about", "About", "About"),

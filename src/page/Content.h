@@ -5,6 +5,8 @@
 #include "data/ShellOutput.h"
 #include "page/Form.h"
 
+#include <json/value.h>
+
 #include <memory>
 #include <string>
 #include <utility>
@@ -30,6 +32,10 @@ public:
     std::vector<std::pair<std::string, std::string>> facts;
     /// Command output made while the page renders.
     std::vector<data::ShellOutput::Section> sections;
+    /// Values of the page's own for its view and script (published to the script as page data "page").
+    Json::Value values{Json::objectValue};
+    /// A hook answered the request itself (another view, a redirect): nothing more is rendered.
+    bool answered = false;
 };
 
 }  // namespace panelkit::page

@@ -105,6 +105,12 @@ Page& Page::ReloadAfterPost(const std::string& field, const std::string& value, 
     return *this;
 }
 
+Page& Page::Before(Hook hook)
+{
+    before_ = std::move(hook);
+    return *this;
+}
+
 Page& Page::On(const std::string& name, const std::string& value, Action action)
 {
     buttons_.push_back({name, value, std::move(action)});

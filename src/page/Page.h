@@ -110,6 +110,9 @@ public:
     /// After a post of the current form whose field holds value, the named fields show what is stored.
     Page& ReloadAfterPost(const std::string& field, const std::string& value, std::vector<std::string> names);
 
+    /// Done first on every request, before a post is handled; it may answer the request itself
+    /// (Content::answered).
+    Page& Before(Hook hook);
     /// A button outside the forms' saving: when `name` is posted with `value`, the action runs.
     Page& On(const std::string& name, const std::string& value, Action action);
     /// A paragraph shown above the forms, with its class.
@@ -152,6 +155,8 @@ public:
     };
     /// The buttons outside the forms.
     const std::vector<Button>& Buttons() const { return buttons_; }
+    /// The hook done first, empty when none.
+    const Hook& BeforeHook() const { return before_; }
     /// The paragraph above the forms and its class.
     const std::string& IntroText() const { return intro_; }
     const std::string& IntroClass() const { return introClass_; }
@@ -188,6 +193,7 @@ private:
     std::string view_;
     std::vector<FormDeclaration> forms_;
     std::vector<Button> buttons_;
+    Hook before_;
     std::string intro_;
     std::string introClass_;
     std::vector<std::pair<std::string, std::function<std::string()>>> facts_;

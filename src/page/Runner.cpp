@@ -38,7 +38,11 @@ void Runner::Serve(apps::Base& app, const Page& page, const std::vector<std::str
     }
     for (const auto& [label, value] : page.Facts())
         content.facts.emplace_back(label, value());
-    if (app.HttpPost() && _Post(app, page, content, args))
+    if (page.BeforeHook()) {
+        Call call{app, content, *content.forms.front(), args};
+        page.BeforeHook()(call);
+    }
+    if (content.answered || (app.HttpPost() && _Post(app, page, content, args)) || content.answered)
         return;
     // Forms the request did not post show what is stored.
     if (app.HttpPost() || app.HttpGet())

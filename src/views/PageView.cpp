@@ -123,6 +123,8 @@ void PageView::render_sections(const std::vector<data::ShellOutput::Section>& se
 void PageView::render_scripts()
 {
     BaseForm::render_scripts();
+    if (!page_.values.empty())
+        ScriptData("page") = page_.values;
     const page::Page& page = page_.page;
     if (page.GetLayout() == page::Page::Layout::Tabbed || page.GetLayout() == page::Page::Layout::MultiForm)
         ScriptData("tabs")["selected"] = page_.selected_tab;

@@ -4,6 +4,8 @@
 #include "views/BaseForm.h"
 #include "views/BaseFormTabbed.h"
 #include "views/BaseTabbed.h"
+#include "views/Firmware.h"
+#include "views/FirmwareUpgradeProgress.h"
 #include "views/PageView.h"
 #include "views/WaitReboot.h"
 #include "web/Error.h"
@@ -22,6 +24,8 @@ const Registry& Registry::Instance()
         r.add<WaitReboot, data::Reboot>("WaitReboot");
         r.add<PageView, page::Content>("Ethernet1");
         r.add<PageView, page::Content>("DNSServer");
+        r.add<Firmware, page::Content>("Firmware");
+        r.add<FirmwareUpgradeProgress, page::Content>("FirmwareUpgradeProgress");
         return r;
     }();
     return registry;

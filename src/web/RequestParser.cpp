@@ -93,7 +93,7 @@ public:
             throw StorageError("cannot create an upload file in " + directory_ + ": " + std::strerror(errno));
         // Listed before writing, so that a failure halfway still removes the file.
         files_.push_back({params.get("name", ""), params.get("filename", ""),
-                          header.get("Content-Type", "application/octet-stream"), 0, path});
+                          header.get("Content-Type", "application/octet-stream"), 0, "", path});
         std::uint64_t size = 0;
         bool written = true;
         char chunk[kChunk];

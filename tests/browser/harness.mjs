@@ -40,7 +40,8 @@ async function waitForAnnouncedPort(logFile, child, timeoutMs) {
 // The media tree is a copy of the build's, with the rendered layout fixtures in "/fixtures".
 // With examplePlugin, the example plugin is installed on a volume of the device's MOUNT_DIR.
 // With simulated, the root is a whole simulated device: seeded store and stand-ins for its programs.
-export async function startDevice({ files = {}, config = {}, examplePlugin = false, simulated = false } = {}) {
+// env adds variables to panelkit's environment.
+export async function startDevice({ files = {}, config = {}, examplePlugin = false, simulated = false, env: extraEnv = {} } = {}) {
   const work = fs.mkdtempSync(path.join(os.tmpdir(), "panelkit-browser-"));
   const root = path.join(work, "device");
   if (simulated) {
@@ -58,7 +59,7 @@ export async function startDevice({ files = {}, config = {}, examplePlugin = fal
   execFileSync(process.env.PANELKIT_RENDER_FIXTURE || path.join(buildDir, "tests", "render_fixture"),
     [path.join(media, "fixtures")]);
 
-  const env = { ...process.env, PANELKIT_DEVICE_ROOT: root };
+  const env = { ...process.env, ...extraEnv, PANELKIT_DEVICE_ROOT: root };
   if (examplePlugin) {
     const mountDir = path.join(root, "mnt", "apps");
     fs.mkdirSync(path.join(root, "var", "lib", "pardb"), { recursive: true });

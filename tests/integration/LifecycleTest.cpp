@@ -137,13 +137,13 @@ TEST(Lifecycle, UpgradeInProgressDivertsEveryPageToTheUpgradeStatus)
     // An unlocked lock file: the tool is not running.
     server.writeDeviceFile("/tmp/fwtool_6v1Znb.lock", "");
     ASSERT_TRUE(server.start()) << server.log();
-    EXPECT_EQ(std::string::npos, Get(server.port(), "/config/network/wlan").body.find("Firmware Upgrade Status"));
+    EXPECT_EQ(std::string::npos, Get(server.port(), "/config/network/wlan").body.find("fw_progress_page"));
     // A lock file that cannot be checked counts as an upgrade in progress: a folder cannot be opened for writing.
     ASSERT_EQ(0, std::remove(server.devicePath("/tmp/fwtool_6v1Znb.lock").c_str()));
     server.work().write("device/tmp/fwtool_6v1Znb.lock/inside", "");
     for (const std::string path : {"/config/network/wlan", "/config/", "/config/settings/about"}) {
         const HttpReply reply = Get(server.port(), path);
         EXPECT_EQ(200, reply.status) << path;
-        EXPECT_NE(std::string::npos, reply.body.find("Firmware Upgrade Status")) << path << ": " << reply.body;
+        EXPECT_NE(std::string::npos, reply.body.find("<div id=\"fw_progress_page\">")) << path << ": " << reply.body;
     }
 }

@@ -142,7 +142,7 @@ TEST_F(SimDevice, FirmwareToolFinishesAGoodImageAndHoldsTheLockMeanwhile)
     Process tool({path("/usr/bin/fwtool"), "--upgrade", path("/tmp/fw.bin"), "--delete", "--create-ubi-volume",
                   "--unmount-ubi-volume"},
                  work_ / "fwtool.out", {{"PANELKIT_SIM_FWTOOL_SECONDS", "2"}});
-    ASSERT_TRUE(WaitForText(path("/tmp/fwtool_status.txt"), "'state' : 'writing'", 10000));
+    ASSERT_TRUE(WaitForText(path("/tmp/fwtool_status.txt"), "'state' : 'upgrading'", 10000));
     panelkit::util::SetDeviceRoot(root());
     EXPECT_TRUE(panelkit::util::IsFirmareUpgradeInProgress()) << "the tool holds its lock while it runs";
     EXPECT_EQ(0, tool.wait(20000)) << ReadFile(work_ / "fwtool.out");
@@ -162,6 +162,22 @@ TEST_F(SimDevice, FirmwareToolFailsAnImageWithoutTheMagic)
                      .status);
     EXPECT_EQ("{ 'state' : 'failed', 'received' : 0, 'size' : 12 }\n", ReadFile(path("/tmp/fwtool_status.txt")));
     EXPECT_TRUE(work_.exists("device/tmp/fw.bin")) << "kept without --delete";
+}
+
+TEST_F(SimDevice, FirmwareToolRejectsAFailImageLateAndAnyImageWhenToldTo)
+{
+    work_.write("device/tmp/fail.bin", std::string("\xD0\x0D\xFE\xED", 4) + "FAIL" + std::string(100, 'x'));
+    work_.write("device/tmp/good.bin", std::string("\xD0\x0D\xFE\xED", 4) + std::string(100, 'x'));
+    const std::map<std::string, std::string> quick = {{"PANELKIT_SIM_FWTOOL_SECONDS", "0"}};
+    EXPECT_EQ(1, RunProgram({path("/usr/bin/fwtool"), "--upgrade", path("/tmp/fail.bin")}, work_, quick).status);
+    EXPECT_EQ("{ 'state' : 'failed', 'received' : 0, 'size' : 108 }\n", ReadFile(path("/tmp/fwtool_status.txt")));
+
+    work_.write("device/etc/sim/fwtool-fail", "");
+    EXPECT_EQ(1, RunProgram({path("/usr/bin/fwtool"), "--upgrade", path("/tmp/good.bin")}, work_, quick).status);
+    EXPECT_EQ("{ 'state' : 'failed', 'received' : 0, 'size' : 104 }\n", ReadFile(path("/tmp/fwtool_status.txt")));
+    ::unlink(path("/etc/sim/fwtool-fail").c_str());
+    EXPECT_EQ(0, RunProgram({path("/usr/bin/fwtool"), "--upgrade", path("/tmp/good.bin")}, work_, quick).status);
+    EXPECT_EQ("{ 'state' : 'done', 'received' : 104, 'size' : 104 }\n", ReadFile(path("/tmp/fwtool_status.txt")));
 }
 
 TEST_F(SimDevice, RebootEmptiesTmpButNeverKillsAProcessThatIsNotPanelkit)

@@ -13,6 +13,8 @@
 
 #include <Poco/URI.h>
 
+#include <algorithm>
+#include <cstring>
 #include <sstream>
 
 namespace panelkit::test {
@@ -21,6 +23,59 @@ namespace {
 
 // A well-formed form token; the page accepts a post whose field repeats the cookie.
 const char kToken[] = "0123456789abcdef0123456789abcdef";
+
+// A body made as it is read: a prefix, `size` bytes starting with `head` then filler, a suffix.
+class GeneratedBody : public std::streambuf {
+public:
+    GeneratedBody(std::string prefix, std::string head, std::uint64_t size, std::string suffix)
+        : prefix_(std::move(prefix)), head_(std::move(head)), size_(size), suffix_(std::move(suffix))
+    {
+    }
+    std::uint64_t length() const { return prefix_.size() + size_ + suffix_.size(); }
+
+protected:
+    int_type underflow() override
+    {
+        const std::uint64_t total = length();
+        if (offset_ >= total)
+            return traits_type::eof();
+        std::size_t n = 0;
+        while (n < sizeof buffer_ && offset_ < total)
+            n += Fill(buffer_ + n, sizeof buffer_ - n);
+        setg(buffer_, buffer_, buffer_ + n);
+        return traits_type::to_int_type(buffer_[0]);
+    }
+
+private:
+    // Copies what follows the offset within one piece (prefix, head, filler, suffix).
+    std::size_t Fill(char* to, std::size_t room)
+    {
+        auto copy = [&](const std::string& from, std::uint64_t at) {
+            const std::size_t n = std::min<std::uint64_t>(room, from.size() - at);
+            std::memcpy(to, from.data() + at, n);
+            return n;
+        };
+        std::size_t n = 0;
+        const std::uint64_t body = offset_ - std::min<std::uint64_t>(offset_, prefix_.size());
+        if (offset_ < prefix_.size())
+            n = copy(prefix_, offset_);
+        else if (body < head_.size() && body < size_)
+            n = std::min<std::uint64_t>(copy(head_, body), size_ - body);
+        else if (body < size_)
+            std::memset(to, 'f', n = std::min<std::uint64_t>(room, size_ - body));
+        else
+            n = copy(suffix_, body - size_);
+        offset_ += n;
+        return n;
+    }
+
+    std::string prefix_;
+    std::string head_;
+    std::uint64_t size_;
+    std::string suffix_;
+    std::uint64_t offset_ = 0;
+    char buffer_[64 * 1024];
+};
 
 
 }  // namespace
@@ -53,6 +108,7 @@ PageFixture::PageFixture()
     util::SetDeviceRoot(device);
     util::Pardb::FlushReadCache();
     service_ = std::make_unique<web::Service>(web::Settings(PageConfig()));
+    service_->uploadDirectory(device + "/tmp");
     apps::Panelkit::Mount(*service_);
 }
 
@@ -61,6 +117,13 @@ PageFixture::~PageFixture() = default;
 PageReply PageFixture::_Serve(const std::string& method, const std::string& path, const std::string& contentType,
                               const std::string& body)
 {
+    std::istringstream stream(body);
+    return _Serve(method, path, contentType, stream, body.size());
+}
+
+PageReply PageFixture::_Serve(const std::string& method, const std::string& path, const std::string& contentType,
+                              std::istream& body, std::uint64_t length)
+{
     web::Request request;
     const auto query = path.find('?');
     request.setHead(method, path.substr(0, query), query == std::string::npos ? "" : path.substr(query + 1),
@@ -68,14 +131,13 @@ PageReply PageFixture::_Serve(const std::string& method, const std::string& path
     request.mutableHeaders().set("Cookie", std::string("panelkit_csrf=") + kToken);
     if (!contentType.empty())
         request.mutableHeaders().set("Content-Type", contentType);
-    std::istringstream stream(body);
     std::string message;
     web::Response response;
-    const int refused = web::RequestParser::Parse(request, stream, static_cast<std::int64_t>(body.size()),
+    const int refused = web::RequestParser::Parse(request, body, static_cast<std::int64_t>(length),
                                                   service_->limits(), message);
     EXPECT_EQ(0, refused) << message;
     service_->handle(request, response);
-    return {response.status(), response.body()};
+    return {response.status(), response.body(), response.headers()};
 }
 
 PageReply PageFixture::Get(const std::string& path)
@@ -92,6 +154,23 @@ PageReply PageFixture::Post(const std::string& path, const Fields& fields)
         body += "&" + name + "=" + encoded;
     }
     return _Serve("POST", path, "application/x-www-form-urlencoded", body);
+}
+
+PageReply PageFixture::PostFile(const std::string& path, const Fields& fields, const UploadPart& file)
+{
+    const std::string boundary = "----panelkitTestBoundary7MA4YWxkTrZu0gW";
+    std::string prefix;
+    auto part = [&](const std::string& name, const std::string& value) {
+        prefix += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value + "\r\n";
+    };
+    part("_csrf", kToken);
+    for (const auto& [name, value] : fields)
+        part(name, value);
+    prefix += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + file.field + "\"; filename=\"" +
+              file.filename + "\"\r\nContent-Type: " + file.mime + "\r\n\r\n";
+    GeneratedBody generated(prefix, file.head, file.size, "\r\n--" + boundary + "--\r\n");
+    std::istream body(&generated);
+    return _Serve("POST", path, "multipart/form-data; boundary=" + boundary, body, generated.length());
 }
 
 Json::Value PageFixture::Rpc(const std::string& method, const Json::Value& params)

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
+#include <cstdint>
+#include <istream>
 #include <memory>
 #include <string>
 #include <utility>
@@ -33,10 +35,29 @@ inline bool Has(const std::string& text, const std::string& part)
 /// The text of the pre block under a section heading of a page, "" when the page has none.
 std::string SectionText(const std::string& page, const std::string& title);
 
+/// A file posted with a multipart form: `size` bytes that begin with `head` (the rest is filler).
+struct UploadPart {
+    std::string field;
+    std::string filename;
+    std::string mime = "application/octet-stream";
+    std::string head;
+    std::uint64_t size = 0;
+};
+
 /// What the service answered.
 struct PageReply {
     int status = 0;
     std::string body;
+    /// The headers besides the content type, in the order set.
+    std::vector<std::pair<std::string, std::string>> headers;
+    /// A header's value, "" when it was not set.
+    std::string header(const std::string& name) const
+    {
+        for (const auto& [key, value] : headers)
+            if (key == name)
+                return value;
+        return "";
+    }
 };
 
 /// A simulated device root and panelkit's trees mounted on a service that is not listening:
@@ -50,6 +71,9 @@ protected:
     PageReply Get(const std::string& path);
     /// POSTs the fields as a browser submits the page's form, with a valid form token.
     PageReply Post(const std::string& path, const Fields& fields);
+    /// POSTs the fields and the file as a browser submits a multipart form, with a valid form token;
+    /// the file's bytes are made while they are read, so a large one costs no memory.
+    PageReply PostFile(const std::string& path, const Fields& fields, const UploadPart& file);
     /// The whole JSON-RPC answer of a method called with the parameters.
     Json::Value Rpc(const std::string& method, const Json::Value& params = Json::Value(Json::arrayValue));
     /// The result of a method that must answer without error.
@@ -75,6 +99,8 @@ protected:
 private:
     PageReply _Serve(const std::string& method, const std::string& path, const std::string& contentType,
                      const std::string& body);
+    PageReply _Serve(const std::string& method, const std::string& path, const std::string& contentType,
+                     std::istream& body, std::uint64_t length);
 
     std::unique_ptr<web::Service> service_;
 };

@@ -1,16 +1,15 @@
 // Flag files shared with the main loop, the upgrade state, and the firmware tool's lock and status files.
+#include "LockHolder.h"
 #include "TempDir.h"
 #include "util/DevicePath.h"
 #include "util/FlagFiles.h"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+using panelkit::test::LockHolder;
 using panelkit::test::TempDir;
 namespace util = panelkit::util;
 
@@ -40,40 +39,6 @@ public:
 private:
     std::string saved_;
 };
-
-// Another process takes a write lock on the whole file and keeps it until released; its pid, or -1
-// when it could not lock.
-pid_t LockInAnotherProcess(const std::string& path)
-{
-    int ready[2];
-    if (::pipe(ready) != 0)
-        return -1;
-    const pid_t holder = ::fork();
-    if (holder == 0) {
-        const int fd = ::open(path.c_str(), O_RDWR);
-        struct flock lock {};
-        lock.l_type = F_WRLCK;
-        lock.l_whence = SEEK_SET;
-        const char byte = 1;
-        if (fd < 0 || ::fcntl(fd, F_SETLK, &lock) != 0 || ::write(ready[1], &byte, 1) != 1)
-            ::_exit(1);
-        ::pause();
-        ::_exit(0);
-    }
-    ::close(ready[1]);
-    char byte = 0;
-    const bool locked = holder > 0 && ::read(ready[0], &byte, 1) == 1;
-    ::close(ready[0]);
-    if (holder > 0 && !locked)
-        ::waitpid(holder, nullptr, 0);
-    return locked ? holder : -1;
-}
-
-void Release(pid_t holder)
-{
-    ::kill(holder, SIGKILL);
-    ::waitpid(holder, nullptr, 0);
-}
 
 }  // namespace
 
@@ -177,12 +142,11 @@ TEST_F(DeviceRoot, MissingStatusFileIsNotOpened)
 TEST_F(DeviceRoot, StatusLineIsReadWhileAnotherProcessKeepsTheToolsWriteLock)
 {
     root_.write("tmp/fwtool_status.txt", "{ 'state' : 'writing', 'received' : 5, 'size' : 10 }\nolder\n");
-    const pid_t holder = LockInAnotherProcess(root_ / "tmp/fwtool_status.txt");
-    ASSERT_GT(holder, 0) << "the other process could not lock the status file";
+    const LockHolder holder(root_ / "tmp/fwtool_status.txt");
+    ASSERT_TRUE(holder.locked()) << "the other process could not lock the status file";
     bool opened = false;
     const std::string line = util::ReadFirmwareStatusLine(opened);
-    const bool stillHeld = ::waitpid(holder, nullptr, WNOHANG) == 0;
-    Release(holder);
+    const bool stillHeld = holder.holding();
     EXPECT_TRUE(opened);
     EXPECT_EQ("{ 'state' : 'writing', 'received' : 5, 'size' : 10 }", line);
     EXPECT_TRUE(stillHeld) << "the lock was let go before the line was read";
@@ -206,10 +170,11 @@ TEST_F(DeviceRoot, UpgradeInProgressFollowsTheToolsLock)
     EXPECT_FALSE(util::IsFirmareUpgradeInProgress()) << "no lock file";
     root_.write("tmp/fwtool_6v1Znb.lock", "");
     EXPECT_FALSE(util::IsFirmareUpgradeInProgress()) << "nobody holds the lock";
-    const pid_t holder = LockInAnotherProcess(root_ / "tmp/fwtool_6v1Znb.lock");
-    ASSERT_GT(holder, 0);
-    EXPECT_TRUE(util::IsFirmareUpgradeInProgress()) << "another process holds the lock";
-    Release(holder);
+    {
+        const LockHolder holder(root_ / "tmp/fwtool_6v1Znb.lock");
+        ASSERT_TRUE(holder.locked());
+        EXPECT_TRUE(util::IsFirmareUpgradeInProgress()) << "another process holds the lock";
+    }
     EXPECT_FALSE(util::IsFirmareUpgradeInProgress());
 }
 

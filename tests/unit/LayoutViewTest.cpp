@@ -239,7 +239,8 @@ TEST_F(Layout, ViewsCheckTheirContentType)
     EXPECT_THROW(Render("WaitReboot", plain), web::Error);
     EXPECT_THROW(Render("BaseTabbed", plain), web::Error);
     EXPECT_THROW(Render("NoSuchView", plain), web::Error);
-    EXPECT_EQ((std::vector<std::string>{"Base", "BaseForm", "BaseFormTabbed", "BaseTabbed", "General", "WaitReboot", "Ethernet1", "DNSServer"}),
+    EXPECT_EQ((std::vector<std::string>{"Base", "BaseForm", "BaseFormTabbed", "BaseTabbed", "General", "WaitReboot", "Ethernet1", "DNSServer",
+                                        "Firmware", "FirmwareUpgradeProgress"}),
               views::Registry::Instance().Names());
 }
 
