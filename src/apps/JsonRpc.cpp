@@ -12,6 +12,8 @@
 #include "web/Log.h"
 #include "web/Service.h"
 
+#include <atomic>
+
 namespace panelkit::apps {
 
 JsonRpc::JsonRpc(web::Service& service) : web::JsonRpcServer(service)
@@ -62,11 +64,15 @@ void JsonRpc::FirmwareUpgradeStatus()
 {
     bool opened = false;
     const std::string line = util::ReadFirmwareStatusLine(opened);
+    // Told once per outcome: a page left open polls every second.
+    static std::atomic<bool> failureLogged{false};
     if (!util::IsFirmareUpgradeInProgress() && (!opened || line.find("done") == std::string::npos)) {
-        PK_ERROR() << "firmware upgrade failed";
+        if (!failureLogged.exchange(true))
+            PK_ERROR() << "firmware upgrade failed";
         return_result("{ 'state' : 'failed' }");
         return;
     }
+    failureLogged = false;
     return_result(line);
 }
 

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
+#include <cstdio>
+
 using namespace panelkit::test;
 
 namespace {
@@ -84,4 +86,25 @@ TEST_F(StatusService, FirmwareUpgradeStatusReportsFailureWithoutAStatusFile)
     EXPECT_TRUE(Has(server_.log(), "firmware upgrade failed"));
     server_.writeDeviceFile("/tmp/fwtool_status.txt", "{ 'state' : 'done' }\nsecond line\n");
     EXPECT_EQ("{ 'state' : 'done' }", Call("fw_upgrade_status").asString());
+}
+
+TEST_F(StatusService, FirmwareFailureIsLoggedOncePerOutcomeNotOnEveryPoll)
+{
+    const auto failures = [this] {
+        const std::string log = server_.log();
+        int count = 0;
+        for (auto at = log.find("firmware upgrade failed"); at != std::string::npos;
+             at = log.find("firmware upgrade failed", at + 1))
+            ++count;
+        return count;
+    };
+    for (int poll = 0; poll < 5; ++poll)
+        EXPECT_EQ("{ 'state' : 'failed' }", Call("fw_upgrade_status").asString());
+    EXPECT_EQ(1, failures());
+    server_.writeDeviceFile("/tmp/fwtool_status.txt", "{ 'state' : 'done' }\n");
+    Call("fw_upgrade_status");
+    ASSERT_EQ(0, std::remove(server_.devicePath("/tmp/fwtool_status.txt").c_str()));
+    Call("fw_upgrade_status");
+    Call("fw_upgrade_status");
+    EXPECT_EQ(2, failures()) << "a new failure after a success is told again";
 }
