@@ -111,6 +111,12 @@ Page& Page::On(const std::string& name, const std::string& value, Action action)
     return *this;
 }
 
+Page& Page::Prepare(Hook hook)
+{
+    prepare_.push_back(std::move(hook));
+    return *this;
+}
+
 Page& Page::Intro(const std::string& text, const std::string& cssClass)
 {
     intro_ = text;

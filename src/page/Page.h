@@ -112,6 +112,8 @@ public:
 
     /// A button outside the forms' saving: when `name` is posted with `value`, the action runs.
     Page& On(const std::string& name, const std::string& value, Action action);
+    /// Done on every request after the common content is prepared.
+    Page& Prepare(Hook hook);
     /// A paragraph shown above the forms, with its class.
     Page& Intro(const std::string& text, const std::string& cssClass = "page_intro");
     /// A read-only row shown before the first form's fields.
@@ -152,6 +154,8 @@ public:
     };
     /// The buttons outside the forms.
     const std::vector<Button>& Buttons() const { return buttons_; }
+    /// The per-request hooks.
+    const std::vector<Hook>& Preparations() const { return prepare_; }
     /// The paragraph above the forms and its class.
     const std::string& IntroText() const { return intro_; }
     const std::string& IntroClass() const { return introClass_; }
@@ -188,6 +192,7 @@ private:
     std::string view_;
     std::vector<FormDeclaration> forms_;
     std::vector<Button> buttons_;
+    std::vector<Hook> prepare_;
     std::string intro_;
     std::string introClass_;
     std::vector<std::pair<std::string, std::function<std::string()>>> facts_;

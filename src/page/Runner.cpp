@@ -38,6 +38,9 @@ void Runner::Serve(apps::Base& app, const Page& page, const std::vector<std::str
     }
     for (const auto& [label, value] : page.Facts())
         content.facts.emplace_back(label, value());
+    Call call{app, content, *content.forms.front(), args};
+    for (const auto& hook : page.Preparations())
+        hook(call);
     if (app.HttpPost() && _Post(app, page, content, args))
         return;
     // Forms the request did not post show what is stored.
