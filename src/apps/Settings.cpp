@@ -1,8 +1,10 @@
 // panelkit apps: the Settings controller (general information, firmware, reboot, advanced, about).
 #include "apps/Settings.h"
 
+#include "pages/About.h"
 #include "pages/Firmware.h"
 #include "pages/General.h"
+#include "pages/Reboot.h"
 
 namespace panelkit::apps {
 
@@ -28,12 +30,10 @@ const std::vector<page::Page>& Settings::Pages()
         pages::General(),
         pages::Firmware(),
         pages::FirmwareUpgradeStatus(),
-        Pending("reboot", "Reboot", "Reboot"),
+        pages::Reboot(),
         Pending("advanced", "Advanced", "Advanced"),
-        Pending("about", "About", "About"),
-        page::Page("about2", "About")
-            .Route("/about/{1}/{2}", {"/about/([A-Za-z0-9][A-Za-z0-9-\\+\\.]*)/([A-Za-z0-9][A-Za-z0-9-_\\+\\.]*)"}, {1, 2})
-            .Title([](const std::vector<std::string>& args) { return "About " + args[0] + " " + args[1]; }),
+        pages::About(),
+        pages::AboutFile(),
     };
     return pages;
 }

@@ -105,15 +105,15 @@ Page& Page::ReloadAfterPost(const std::string& field, const std::string& value, 
     return *this;
 }
 
-Page& Page::Before(Hook hook)
-{
-    before_ = std::move(hook);
-    return *this;
-}
-
 Page& Page::On(const std::string& name, const std::string& value, Action action)
 {
     buttons_.push_back({name, value, std::move(action)});
+    return *this;
+}
+
+Page& Page::Prepare(Hook hook)
+{
+    prepare_.push_back(std::move(hook));
     return *this;
 }
 

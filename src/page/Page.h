@@ -110,11 +110,11 @@ public:
     /// After a post of the current form whose field holds value, the named fields show what is stored.
     Page& ReloadAfterPost(const std::string& field, const std::string& value, std::vector<std::string> names);
 
-    /// Done first on every request, before a post is handled; it may answer the request itself
-    /// (Content::answered).
-    Page& Before(Hook hook);
     /// A button outside the forms' saving: when `name` is posted with `value`, the action runs.
     Page& On(const std::string& name, const std::string& value, Action action);
+    /// Done on every request after the common content is prepared, before a post is handled; a hook
+    /// may answer the request itself (Content::answered), and then nothing more is done.
+    Page& Prepare(Hook hook);
     /// A paragraph shown above the forms, with its class.
     Page& Intro(const std::string& text, const std::string& cssClass = "page_intro");
     /// A read-only row shown before the first form's fields.
@@ -155,8 +155,8 @@ public:
     };
     /// The buttons outside the forms.
     const std::vector<Button>& Buttons() const { return buttons_; }
-    /// The hook done first, empty when none.
-    const Hook& BeforeHook() const { return before_; }
+    /// The per-request hooks.
+    const std::vector<Hook>& Preparations() const { return prepare_; }
     /// The paragraph above the forms and its class.
     const std::string& IntroText() const { return intro_; }
     const std::string& IntroClass() const { return introClass_; }
@@ -193,7 +193,7 @@ private:
     std::string view_;
     std::vector<FormDeclaration> forms_;
     std::vector<Button> buttons_;
-    Hook before_;
+    std::vector<Hook> prepare_;
     std::string intro_;
     std::string introClass_;
     std::vector<std::pair<std::string, std::function<std::string()>>> facts_;

@@ -38,10 +38,9 @@ void Runner::Serve(apps::Base& app, const Page& page, const std::vector<std::str
     }
     for (const auto& [label, value] : page.Facts())
         content.facts.emplace_back(label, value());
-    if (page.BeforeHook()) {
-        Call call{app, content, *content.forms.front(), args};
-        page.BeforeHook()(call);
-    }
+    Call call{app, content, *content.forms.front(), args};
+    for (std::size_t i = 0; i < page.Preparations().size() && !content.answered; ++i)
+        page.Preparations()[i](call);
     if (content.answered || (app.HttpPost() && _Post(app, page, content, args)) || content.answered)
         return;
     // Forms the request did not post show what is stored.

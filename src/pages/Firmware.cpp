@@ -127,7 +127,7 @@ page::Page Firmware()
                      .Upload(1, kLargestImage, "", ".*\\.(bin|itb)", kImageMagic))
         .Add(Field::Submit("submit", "cfg_frw_save", "Load Firmware"))
         .SaveWith(_StartUpgrade);
-    firmware.Before([](page::Call& call) {
+    firmware.Prepare([](page::Call& call) {
         _Describe(call);
         if (util::IsFirmareUpgradeInProgress())
             return _ShowProgress(call);
@@ -143,7 +143,7 @@ page::Page Firmware()
 page::Page FirmwareUpgradeStatus()
 {
     page::Page status("firmware_upgrade_status", "Firmware");
-    status.Before([](page::Call& call) {
+    status.Prepare([](page::Call& call) {
         if (!util::IsFirmareUpgradeInProgress()) {
             call.app.response().redirect(call.app.url("/settings/firmware"));
             call.content.answered = true;

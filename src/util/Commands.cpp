@@ -58,7 +58,11 @@ bool Spawn(const char* program, const std::vector<std::string>& argv, int output
     sigemptyset(&defaults);
     sigaddset(&defaults, SIGPIPE);
     posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    // The worker threads block the stop signals; a program started from one must still stop when told to.
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
     std::vector<char*> args = ArgumentArray(argv);
     const int rc = ::posix_spawnp(&pid, program, &actions, &attributes, args.data(), environ);
     posix_spawnattr_destroy(&attributes);
@@ -140,6 +144,11 @@ std::string Capture(const char* program, const std::vector<std::string>& argv, s
     action.sa_handler = SIG_DFL;
     sigemptyset(&action.sa_mask);
     ::sigaction(SIGPIPE, &action, nullptr);
+    // Nor does it keep the signals the calling worker thread blocks: a service the reboot starts again
+    // would never see its SIGTERM.
+    sigset_t none;
+    sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
     ::execv(path, argv);
     ::_exit(127);
 }

@@ -1,14 +1,65 @@
 // panelkit util: the device's identity: name, assembly serial number, device ID and current address.
 #include "util/DeviceIdentity.h"
 
+#include "util/Commands.h"
+#include "util/DevicePath.h"
+
 #include <qor_util/system.h>
 
 #include <ifaddrs.h>
 #include <map>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <sstream>
 
 namespace panelkit::util {
+
+namespace {
+
+// The interfaces' IPv4 addresses as the kernel reports them.
+std::vector<std::pair<std::string, std::string>> KernelAddresses()
+{
+    std::vector<std::pair<std::string, std::string>> addresses;
+    ifaddrs* list = nullptr;
+    if (::getifaddrs(&list) != 0)
+        return addresses;
+    for (const ifaddrs* entry = list; entry; entry = entry->ifa_next) {
+        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET)
+            continue;
+        char host[NI_MAXHOST] = "";
+        if (::getnameinfo(entry->ifa_addr, sizeof(sockaddr_in), host, sizeof host, nullptr, 0, NI_NUMERICHOST) != 0)
+            host[0] = '\0';
+        addresses.emplace_back(entry->ifa_name, host);
+    }
+    ::freeifaddrs(list);
+    return addresses;
+}
+
+// The interfaces' IPv4 addresses as the device's ifconfig lists them: a block per interface that
+// starts with its name, and an "inet addr:A.B.C.D" line (or "inet A.B.C.D") for its address.
+std::vector<std::pair<std::string, std::string>> IfconfigAddresses()
+{
+    std::vector<std::pair<std::string, std::string>> addresses;
+    std::istringstream lines(Run({DevicePath("/sbin/ifconfig")}, 64 * 1024));
+    std::string line;
+    std::string name;
+    while (std::getline(lines, line)) {
+        std::istringstream words(line);
+        std::string word;
+        if (!(words >> word))
+            continue;
+        if (line[0] != ' ' && line[0] != '\t') {
+            name = word.back() == ':' ? word.substr(0, word.size() - 1) : word;
+            continue;
+        }
+        if (word != "inet" || !(words >> word))
+            continue;
+        addresses.emplace_back(name, word.rfind("addr:", 0) == 0 ? word.substr(5) : word);
+    }
+    return addresses;
+}
+
+}  // namespace
 
 std::string DeviceName()
 {
@@ -48,20 +99,8 @@ std::string CurrentIPAddressOf(const std::vector<std::pair<std::string, std::str
 
 std::string GetCurrentIPAddress()
 {
-    ifaddrs* list = nullptr;
-    if (::getifaddrs(&list) != 0)
-        return "";
-    std::vector<std::pair<std::string, std::string>> addresses;
-    for (const ifaddrs* entry = list; entry; entry = entry->ifa_next) {
-        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET)
-            continue;
-        char host[NI_MAXHOST] = "";
-        if (::getnameinfo(entry->ifa_addr, sizeof(sockaddr_in), host, sizeof host, nullptr, 0, NI_NUMERICHOST) != 0)
-            host[0] = '\0';
-        addresses.emplace_back(entry->ifa_name, host);
-    }
-    ::freeifaddrs(list);
-    return CurrentIPAddressOf(addresses);
+    // A simulated device's interfaces are its own; the host's must never show through.
+    return CurrentIPAddressOf(DeviceRoot().empty() ? KernelAddresses() : IfconfigAddresses());
 }
 
 }  // namespace panelkit::util

@@ -13,7 +13,7 @@ std::string DeviceName();
 std::string SystemAssemblySN();
 /// The device ID, or the reason it cannot be shown.
 std::string SystemDeviceID();
-/// The device's address: br1's, else eth0's, else eth1's, else "".
+/// The device's IPv4 address: br1's, else eth0's, else eth1's, else ""; on a simulated device, from its ifconfig.
 std::string GetCurrentIPAddress();
 /// The address GetCurrentIPAddress picks from (interface, IPv4 address) pairs; a later pair of an interface wins.
 std::string CurrentIPAddressOf(const std::vector<std::pair<std::string, std::string>>& addresses);

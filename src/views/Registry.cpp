@@ -1,6 +1,7 @@
 // panelkit views: the named views of the skin "panelkit", each checked against its content type.
 #include "views/Registry.h"
 
+#include "views/About.h"
 #include "views/BaseForm.h"
 #include "views/BaseFormTabbed.h"
 #include "views/BaseTabbed.h"
@@ -21,7 +22,9 @@ const Registry& Registry::Instance()
         r.add<BaseFormTabbed, data::BaseTabbed>("BaseFormTabbed");
         r.add<BaseTabbed, data::BaseTabbed>("BaseTabbed");
         r.add<PageView, page::Content>("General");
-        r.add<WaitReboot, data::Reboot>("WaitReboot");
+        r.add<PageView, page::Content>("Reboot");
+        r.add<About, page::Content>("About");
+        r.add<WaitReboot, page::Content>("WaitReboot");
         r.add<PageView, page::Content>("Ethernet1");
         r.add<PageView, page::Content>("DNSServer");
         r.add<Firmware, page::Content>("Firmware");

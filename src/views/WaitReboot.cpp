@@ -3,15 +3,15 @@
 
 namespace panelkit::views {
 
-WaitReboot::WaitReboot(std::ostream& out, data::Reboot& content, const web::Application& app)
-    : BaseForm(out, content, app), reboot_(content)
+WaitReboot::WaitReboot(std::ostream& out, page::Content& content, const web::Application& app)
+    : BaseForm(out, content, app), page_(content)
 {
 }
 
 void WaitReboot::render_scripts()
 {
     BaseForm::render_scripts();
-    ScriptData("rebootWaitSec") = reboot_.wait_time;
+    ScriptData("rebootWaitSec") = kWaitSeconds;
     AddScript("/js/waitreboot.js");
 }
 
@@ -21,12 +21,16 @@ void WaitReboot::render_content()
     out_ << "<div id=\"wait_reboot\"><div id=\"config_pane\" class=\"config_pane wait_reboot\"><h2 id=\"config_page_title\">";
     Esc(content_.title);
     out_ << "</h2>\n<form method=\"post\" action=\"\"><table class=\"form_table\">";
-    render_form(reboot_.form);
-    out_ << "</table></form>\n<div id=\"lan_ipaddr\" class=\"hidden\">";
-    Esc(reboot_.current_address);
-    out_ << "</div><div id=\"pardb_lan_ipaddr\" class=\"hidden\">";
-    Esc(reboot_.lan_address);
-    out_ << "</div></div></div>\n";
+    render_form(*page_.forms.front());
+    out_ << "</table></form>\n";
+    for (const auto& [name, value] : page_.facts) {
+        out_ << "<div id=\"";
+        Esc(name);
+        out_ << "\" class=\"hidden\">";
+        Esc(value);
+        out_ << "</div>";
+    }
+    out_ << "</div></div>\n";
 }
 
 }  // namespace panelkit::views

@@ -34,6 +34,14 @@ Outcome RunProgram(const std::vector<std::string>& args, const TempDir& dir, con
     return {status, ReadFile(log)};
 }
 
+int CountOf(const std::string& text, const std::string& part)
+{
+    int count = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
+        ++count;
+    return count;
+}
+
 std::string LastLine(const std::string& text)
 {
     const auto end = text.find_last_not_of('\n');
@@ -206,14 +214,45 @@ TEST_F(SimDevice, RebootRestartsTheWebServiceOfTheDevice)
     EXPECT_EQ(0, server.process().wait(20000)) << "the service ends as at shutdown: "
                                                 << ReadFile(path("/var/log/sim-reboot.log"));
     ASSERT_TRUE(WaitForText(path("/var/log/sim-reboot.log"), "restarted", 10000));
-    // The restarted service lets the kernel choose its port again and tells it in the device's log.
+    // The restarted service tells its port in the device's log: the one it had, where a browser waits for it.
     const int port = WaitForListeningPort(path("/var/log/panelkit.log"), 20000);
     ASSERT_NE(0, port) << ReadFile(path("/var/log/panelkit.log"));
+    EXPECT_EQ(server.port(), port);
     ASSERT_TRUE(WaitForPort(port, 20000));
     const HttpReply reply = Get(port, "/config/");
     EXPECT_EQ(200, reply.status);
     EXPECT_EQ(std::string::npos, reply.body.find("alertsBox")) << "the reboot flag is gone after the restart";
     const std::string pid = ReadFile(path("/var/run/panelkit.pid"));
     EXPECT_NE(std::to_string(before) + "\n", pid);
+    ::kill(std::stoi(pid), SIGTERM);
+}
+
+TEST_F(SimDevice, EveryRebootBringsTheServiceBackOnItsPortNamedOnce)
+{
+    Server server;
+    server.config()["panelkit"]["device_root"] = root();
+    ASSERT_TRUE(server.start()) << server.log();
+    const std::string restarted = "restarted";
+    for (int reboot = 1; reboot <= 2; ++reboot) {
+        const std::string before = ReadFile(path("/var/run/panelkit.pid"));
+        EXPECT_EQ(0, RunProgram({path("/sbin/reboot"), "-d", "0"}, work_).status);
+        // The first service is this test's child: it is reaped here, or the reboot would wait for it.
+        if (reboot == 1) {
+            EXPECT_EQ(0, server.process().wait(20000));
+        }
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (CountOf(ReadFile(path("/var/log/sim-reboot.log")), restarted) < reboot &&
+               std::chrono::steady_clock::now() < deadline)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        ASSERT_EQ(reboot, CountOf(ReadFile(path("/var/log/sim-reboot.log")), restarted))
+            << ReadFile(path("/var/log/sim-reboot.log"));
+        ASSERT_TRUE(WaitForPort(server.port(), 20000)) << ReadFile(path("/var/log/panelkit.log"));
+        ASSERT_NE(before, ReadFile(path("/var/run/panelkit.pid")));
+    }
+    const std::string pid = ReadFile(path("/var/run/panelkit.pid"));
+    const std::string command = ReadFile("/proc/" + pid.substr(0, pid.find('\n')) + "/cmdline");
+    EXPECT_EQ(1, CountOf(command, "--service.port=" + std::to_string(server.port()) + std::string(1, '\0')))
+        << command;
+    EXPECT_EQ(200, Get(server.port(), "/config/").status);
     ::kill(std::stoi(pid), SIGTERM);
 }

@@ -62,9 +62,10 @@ TEST_F(UrlLayout, TwoSegmentsBelowNetworkAreNotFound)
 
 TEST_F(UrlLayout, AboutWithTwoSegmentsReachesTheTwoArgumentPage)
 {
+    server_->writeDeviceFile("/usr/share/common-licenses/pkg-1.0/COPYING", "the licence of pkg\n");
     const HttpReply reply = Get(server_->port(), "/config/settings/about/pkg-1.0/COPYING");
     EXPECT_EQ(200, reply.status);
-    EXPECT_NE(std::string::npos, reply.body.find("About pkg-1.0 COPYING"));
+    EXPECT_NE(std::string::npos, reply.body.find("<pre>the licence of pkg\n</pre>")) << reply.body;
     EXPECT_EQ(404, Get(server_->port(), "/config/settings/about/-pkg/COPYING").status);
 }
 

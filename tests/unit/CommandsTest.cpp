@@ -79,7 +79,42 @@ bool RebootOnADevice(const TempDir& root)
     return panelkit::test::WaitForText(root / "tmp/reboot-args", "\n", 5000);
 }
 
+// Runs the call on a thread that blocks the stop signals, as the service's worker threads do.
+template <class Call>
+void OnAWorkerThread(Call call)
+{
+    std::thread worker([&call] {
+        sigset_t stop;
+        sigemptyset(&stop);
+        for (int signal : {SIGQUIT, SIGTERM, SIGPIPE})
+            sigaddset(&stop, signal);
+        ::pthread_sigmask(SIG_BLOCK, &stop, nullptr);
+        call();
+    });
+    worker.join();
+}
+
+const char kNoneBlocked[] = "SigBlk:\t0000000000000000\n";
+
 }  // namespace
+
+TEST(Run, AProgramStartedFromAWorkerThreadBlocksNoSignal)
+{
+    std::string mask;
+    OnAWorkerThread([&mask] { mask = util::Run({"grep", "SigBlk", "/proc/self/status"}, 100); });
+    EXPECT_EQ(kNoneBlocked, mask);
+}
+
+TEST(Reboot, TheRebootStartedFromAWorkerThreadBlocksNoSignal)
+{
+    TempDir root;
+    util::SetDeviceRoot(root.path());
+    root.write("tmp/.keep", "");
+    root.write("sbin/reboot", "#!/bin/bash\nexec grep SigBlk /proc/self/status > \"$(dirname \"$0\")/../tmp/reboot-mask\"\n", true);
+    OnAWorkerThread([] { util::ForkReboot(); });
+    ASSERT_TRUE(panelkit::test::WaitForText(root / "tmp/reboot-mask", "\n", 5000));
+    EXPECT_EQ(kNoneBlocked, root.read("tmp/reboot-mask"));
+}
 
 TEST(ShellCommand, OutputOverTheLimitIsCutWithAnEllipsis)
 {

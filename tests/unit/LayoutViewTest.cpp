@@ -3,7 +3,8 @@
 #include "TempDir.h"
 #include "apps/Network.h"
 #include "apps/Settings.h"
-#include "data/Reboot.h"
+#include "page/Content.h"
+#include "pages/Reboot.h"
 #include "util/DevicePath.h"
 #include "views/BaseForm.h"
 #include "views/Registry.h"
@@ -223,9 +224,9 @@ TEST_F(Layout, FailingWidgetRowsCarryTheErrorClassAndText)
 
 TEST_F(Layout, WaitRebootHandsTheWaitToItsScript)
 {
-    data::Reboot content;
-    content.current_address = "192.168.1.1";
-    content.lan_address = "10.0.0.1";
+    const page::Page reboot = pages::Reboot();
+    page::Content content(reboot);
+    content.facts = {{"lan_ipaddr", "192.168.1.1"}, {"pardb_lan_ipaddr", "10.0.0.1"}};
     const std::string html = Render("WaitReboot", content);
     EXPECT_TRUE(Has(html, "\"rebootWaitSec\":100"));
     EXPECT_TRUE(Has(html, "/js/waitreboot.js?rev="));
@@ -239,8 +240,8 @@ TEST_F(Layout, ViewsCheckTheirContentType)
     EXPECT_THROW(Render("WaitReboot", plain), web::Error);
     EXPECT_THROW(Render("BaseTabbed", plain), web::Error);
     EXPECT_THROW(Render("NoSuchView", plain), web::Error);
-    EXPECT_EQ((std::vector<std::string>{"Base", "BaseForm", "BaseFormTabbed", "BaseTabbed", "General", "WaitReboot", "Ethernet1", "DNSServer",
-                                        "Firmware", "FirmwareUpgradeProgress"}),
+    EXPECT_EQ((std::vector<std::string>{"Base", "BaseForm", "BaseFormTabbed", "BaseTabbed", "General", "Reboot", "About",
+                                        "WaitReboot", "Ethernet1", "DNSServer", "Firmware", "FirmwareUpgradeProgress"}),
               views::Registry::Instance().Names());
 }
 
