@@ -100,10 +100,46 @@ export async function startDevice({ files = {}, config = {}, examplePlugin = fal
         child.kill("SIGTERM");
         await exited;
       }
+      await stopRestarted(root, child.pid);
       fs.closeSync(log);
       fs.rmSync(work, { recursive: true, force: true });
     },
   };
+}
+
+const readText = (file) => (fs.existsSync(file) ? fs.readFileSync(file, "utf8") : "");
+
+// Waits until condition() holds; throws after timeoutMs.
+export async function waitUntil(condition, timeoutMs, what) {
+  const deadline = Date.now() + timeoutMs;
+  while (!condition()) {
+    if (Date.now() > deadline) {
+      throw new Error(`timed out waiting for ${what}`);
+    }
+    await new Promise((resolve) => setTimeout(resolve, 100));
+  }
+}
+
+const runningPanelkit = (pid) =>
+  fs.existsSync(`/proc/${pid}`) && readText(`/proc/${pid}/cmdline`).split("\0")[0].endsWith("panelkit");
+
+// A simulated reboot starts the service again outside the harness: that one is stopped by its pid.
+async function stopRestarted(root, firstPid) {
+  const rebootLog = path.join(root, "var/log/sim-reboot.log");
+  if (readText(rebootLog).includes("rebooting")) {
+    await waitUntil(() => readText(rebootLog).includes("restarted"), 20000, "the restart");
+  }
+  const pid = Number(readText(path.join(root, "var/run/panelkit.pid")));
+  if (!pid || pid === firstPid || !runningPanelkit(pid)) {
+    return;
+  }
+  process.kill(pid, "SIGTERM");
+  try {
+    await waitUntil(() => !runningPanelkit(pid), 20000, "the restarted service to stop on SIGTERM");
+  } catch (error) {
+    process.kill(pid, "SIGKILL");
+    throw error;
+  }
 }
 
 export async function launchBrowser() {
