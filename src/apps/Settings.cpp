@@ -1,6 +1,7 @@
 // panelkit apps: the Settings controller (general information, firmware, reboot, advanced, about).
 #include "apps/Settings.h"
 
+#include "pages/Advanced.h"
 #include "pages/General.h"
 
 namespace panelkit::apps {
@@ -28,7 +29,7 @@ const std::vector<page::Page>& Settings::Pages()
         Pending("firmware", "Firmware", "Firmware"),
         Pending("firmware_upgrade_status", "Firmware Upgrade Status", ""),
         Pending("reboot", "Reboot", "Reboot"),
-        Pending("advanced", "Advanced", "Advanced"),
+        pages::Advanced(),
         Pending("about", "About", "About"),
         page::Page("about2", "About")
             .Route("/about/{1}/{2}", {"/about/([A-Za-z0-9][A-Za-z0-9-\\+\\.]*)/([A-Za-z0-9][A-Za-z0-9-_\\+\\.]*)"}, {1, 2})

@@ -9,6 +9,8 @@
 #include "web/Log.h"
 #include "web/Response.h"
 
+#include <utility>
+
 namespace panelkit::page {
 
 namespace {
@@ -38,8 +40,18 @@ void Runner::Serve(apps::Base& app, const Page& page, const std::vector<std::str
     }
     for (const auto& [label, value] : page.Facts())
         content.facts.emplace_back(label, value());
-    if (app.HttpPost() && _Post(app, page, content, args))
-        return;
+    for (const auto& hook : page.RequestHooks()) {
+        Call call{app, content, *content.forms.front(), args};
+        hook(call);
+    }
+    if (app.HttpPost()) {
+        // What every request shows gives way to what the post did.
+        const data::Message standing = std::exchange(content.message, data::Message());
+        if (_Post(app, page, content, args))
+            return;
+        if (content.message.GetResultClass() == data::Message::ResultClass::None)
+            content.message = standing;
+    }
     // Forms the request did not post show what is stored.
     if (app.HttpPost() || app.HttpGet())
         for (std::size_t i = 0; i < content.forms.size(); ++i)
@@ -55,7 +67,8 @@ bool Runner::_Post(apps::Base& app, const Page& page, Content& content, const st
     for (const auto& button : page.Buttons()) {
         if (app.HttpPost(button.name) != button.value)
             continue;
-        Call call{app, content, *content.forms.front(), args};
+        Call call{app, content, *content.forms[button.form], args};
+        content.selected_tab = static_cast<std::int32_t>(page.TabOf(button.form));
         return button.action(call);
     }
     const int index = PostedForm(app, page);
@@ -65,6 +78,7 @@ bool Runner::_Post(apps::Base& app, const Page& page, Content& content, const st
         return false;
     }
     content.posted = index;
+    content.selected_tab = static_cast<std::int32_t>(page.TabOf(static_cast<std::size_t>(index)));
     _PostForm(app, page, content, static_cast<std::size_t>(index), args);
     return false;
 }

@@ -75,7 +75,19 @@ PageReply PageFixture::_Serve(const std::string& method, const std::string& path
                                                   service_->limits(), message);
     EXPECT_EQ(0, refused) << message;
     service_->handle(request, response);
-    return {response.status(), response.body()};
+    PageReply reply{response.status(), response.body(), response.contentType(), response.headers(), response.file()};
+    // Read while the reply lives, as a front end sends it: a file removed after sending is gone afterwards.
+    if (!reply.file.empty())
+        reply.body = ReadFile(reply.file);
+    return reply;
+}
+
+std::string PageReply::header(const std::string& name) const
+{
+    for (const auto& [key, value] : headers)
+        if (key == name)
+            return value;
+    return "";
 }
 
 PageReply PageFixture::Get(const std::string& path)
@@ -92,6 +104,20 @@ PageReply PageFixture::Post(const std::string& path, const Fields& fields)
         body += "&" + name + "=" + encoded;
     }
     return _Serve("POST", path, "application/x-www-form-urlencoded", body);
+}
+
+PageReply PageFixture::PostMultipart(const std::string& path, const Fields& fields,
+                                     const std::vector<UploadField>& files)
+{
+    const std::string boundary = "panelkitTestBoundary7MA4YWxkTrZu0gW";
+    std::string body = "--" + boundary + "\r\nContent-Disposition: form-data; name=\"_csrf\"\r\n\r\n" + kToken + "\r\n";
+    for (const auto& [name, value] : fields)
+        body += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value + "\r\n";
+    for (const auto& file : files)
+        body += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + file.name + "\"; filename=\"" +
+                file.filename + "\"\r\nContent-Type: text/plain\r\n\r\n" + file.content + "\r\n";
+    body += "--" + boundary + "--\r\n";
+    return _Serve("POST", path, "multipart/form-data; boundary=" + boundary, body);
 }
 
 Json::Value PageFixture::Rpc(const std::string& method, const Json::Value& params)

@@ -36,7 +36,23 @@ std::string SectionText(const std::string& page, const std::string& title);
 /// What the service answered.
 struct PageReply {
     int status = 0;
+    /// The body, or the bytes of the file the reply streams.
     std::string body;
+    /// The content type.
+    std::string contentType;
+    /// The headers besides the content type, in the order set.
+    std::vector<std::pair<std::string, std::string>> headers;
+    /// A header's value, "" when absent (the name as the page set it).
+    std::string header(const std::string& name) const;
+    /// The file the reply streams, "" when the body was built in memory.
+    std::string file;
+};
+
+/// A file posted in a multipart form: the field, the browser's file name and the content.
+struct UploadField {
+    std::string name;
+    std::string filename;
+    std::string content;
 };
 
 /// A simulated device root and panelkit's trees mounted on a service that is not listening:
@@ -50,6 +66,8 @@ protected:
     PageReply Get(const std::string& path);
     /// POSTs the fields as a browser submits the page's form, with a valid form token.
     PageReply Post(const std::string& path, const Fields& fields);
+    /// POSTs the fields and files as a browser submits a multipart form, with a valid form token.
+    PageReply PostMultipart(const std::string& path, const Fields& fields, const std::vector<UploadField>& files);
     /// The whole JSON-RPC answer of a method called with the parameters.
     Json::Value Rpc(const std::string& method, const Json::Value& params = Json::Value(Json::arrayValue));
     /// The result of a method that must answer without error.
