@@ -59,7 +59,6 @@ Page& Page::Part(const std::string& submitName, const std::string& submitValue)
     FormDeclaration part;
     part.id = owner.id;
     part.tab = owner.tab;
-    part.multipart = owner.multipart;
     part.part = true;
     part.submitName = submitName;
     part.submitValue = submitValue;

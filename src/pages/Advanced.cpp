@@ -304,13 +304,25 @@ bool DownloadSyslog(page::Call& call)
     return true;
 }
 
+// The device file an absolute path names, "" for anything else (a path climbing out of the device root too).
+std::string DeviceFile(const std::string& path)
+{
+    if (path.empty() || path[0] != '/' || path.find('\n') != std::string::npos)
+        return "";
+    for (std::size_t at = 0; (at = path.find("/..", at)) != std::string::npos; ++at)
+        if (at + 3 == path.size() || path[at + 3] == '/')
+            return "";
+    struct stat info {};
+    const std::string file = util::DevicePath(path);
+    return ::stat(file.c_str(), &info) == 0 && S_ISREG(info.st_mode) ? file : "";
+}
+
 // The tool writes the log into a file and prints its path, or prints why it could not.
 bool DownloadDeployerLog(page::Call& call)
 {
     const std::string output = Trimmed(util::Run({util::DevicePath("/usr/bin/logdeployer")}, 4096));
-    struct stat info {};
-    const std::string path = output.empty() || output[0] != '/' ? std::string() : util::DevicePath(output);
-    if (path.empty() || ::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    const std::string path = DeviceFile(output);
+    if (path.empty()) {
         call.content.message = Message::Error(output.empty() ? "Error: The deployer log could not be made" : output);
         return false;
     }

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <regex>
 #include <thread>
+#include <unistd.h>
 
 using namespace panelkit::test;
 
@@ -127,4 +128,12 @@ TEST_F(AdvancedDownloads, ErasingAllTellsTheKeyValueServerAndAsksForAReboot)
                                                    "\"/var/volatile/tmp\"\n/usr/bin/nc localhost 6379\n/usr/bin/nc < quit\n"));
     EXPECT_FALSE(Poco::File(server_.devicePath("/home/root/config/dump.rdb")).exists());
     EXPECT_TRUE(server_.rebootMarked());
+}
+
+TEST_F(AdvancedDownloads, EveryProgramThePageRunsHasAStandIn)
+{
+    for (const char* program : {"/etc/nat_setup.sh", "/usr/sbin/lighttpd_set_passwd.sh", "/usr/sbin/chpasswd",
+                                "/etc/erase/erase-partition", "/usr/bin/logdeployer", "/usr/bin/nc", "/usr/bin/pardb",
+                                "/opt/application/etc/rcS.d/deployer"})
+        EXPECT_EQ(0, ::access(server_.devicePath(program).c_str(), X_OK)) << program;
 }

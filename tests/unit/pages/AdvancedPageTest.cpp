@@ -75,15 +75,22 @@ protected:
     PageReply Password(const std::string& prefix, const std::string& password, const std::string& confirm,
                        const std::string& submit)
     {
-        return Post(kAdvanced, {{prefix + "_password", password}, {prefix + "_passwordConfirm", confirm}, {"submit", submit}});
+        return Post(kAdvanced,
+                    {{prefix + "_password", password}, {prefix + "_passwordConfirm", confirm}, {"submit", submit}});
     }
     // The keys the application reset deletes, each with a value below it.
     void StoreApplicationKeys()
     {
-        for (const char* key : {"deployment/app", "components/1", "component_types/1", "connections/1", "peers/1", "can/1"})
+        for (const char* key :
+             {"deployment/app", "components/1", "component_types/1", "connections/1", "peers/1", "can/1"})
             StoreSet(key, "x");
     }
-    std::string ChpasswdLog() const { return root_.exists("device/var/lib/sim/chpasswd.log") ? root_.read("device/var/lib/sim/chpasswd.log") : ""; }
+    // The lines the device's chpasswd received.
+    std::string ChpasswdLog() const
+    {
+        const char log[] = "device/var/lib/sim/chpasswd.log";
+        return root_.exists(log) ? root_.read(log) : "";
+    }
 };
 
 }  // namespace
@@ -551,6 +558,11 @@ TEST_F(AdvancedPage, ADeployerLogPathThatIsNoFileIsShownAsTheMessage)
     EXPECT_TRUE(Has(PostMultipart(kAdvanced, {{"submit", "Download log"}}, {}).body,
                     "<div class=\"failure form_result_msg\">/tmp</div>"));
     EXPECT_TRUE(root_.exists("device/tmp"));
+    WriteDeviceFile("/usr/bin/logdeployer", "#!/bin/sh\necho /tmp/../tmp/kept.txt\n", true);
+    WriteDeviceFile("/tmp/kept.txt", "kept");
+    EXPECT_TRUE(Has(PostMultipart(kAdvanced, {{"submit", "Download log"}}, {}).body,
+                    "<div class=\"failure form_result_msg\">/tmp/../tmp/kept.txt</div>"));
+    EXPECT_TRUE(root_.exists("device/tmp/kept.txt")) << "a path that climbs is never sent nor removed";
     WriteDeviceFile("/usr/bin/logdeployer", "#!/bin/sh\nexit 1\n", true);
     EXPECT_TRUE(Has(PostMultipart(kAdvanced, {{"submit", "Download log"}}, {}).body,
                     "Error: The deployer log could not be made"));
