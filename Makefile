@@ -11,7 +11,8 @@ run: build
 	@[ -d $(DEVICE)/var/lib/pardb ] || PANELKIT_BUILD_DIR=$(BUILD_DIR) sim/init-device $(DEVICE)
 	@sim/install-plugin $(DEVICE)/mnt/apps example $(BUILD_DIR)/plugins/example/example-panelkit-plugin.so plugins/example
 	@echo "panelkit: http://127.0.0.1:8080/ (simulated device in $(DEVICE); stop with Ctrl-C)"
-	MOUNT_DIR=$(CURDIR)/$(DEVICE)/mnt/apps $(BUILD_DIR)/panelkit -c config/sim.json
+	MOUNT_DIR=$(CURDIR)/$(DEVICE)/mnt/apps APPLICATION_DIR=$(CURDIR)/$(DEVICE)/opt/application \
+	  $(BUILD_DIR)/panelkit -c config/sim.json
 
 test: build
 	cd $(BUILD_DIR) && ctest --no-tests=error --output-on-failure -j$(JOBS)

@@ -3,23 +3,26 @@
 "use strict";
 
 var PanelkitStatus = (function () {
-  // A heading and a pre block holding the text.
+  // A heading (none for an empty title) and a pre block holding the text.
   function section(title, text) {
-    return $("<div class=\"status_section\"></div>")
-      .append($("<h3></h3>").text(title))
-      .append($("<div class=\"command_output\"></div>").append($("<pre></pre>").text($.trim(text || ""))));
+    var block = $("<div class=\"status_section\"></div>");
+    if (title) {
+      block.append($("<h3></h3>").text(title));
+    }
+    return block.append($("<div class=\"command_output\"></div>").append($("<pre></pre>").text($.trim(text || ""))));
   }
 
-  function showError(target, text) {
-    target.empty().append($("<div class=\"status_error\"></div>").text("Error retrieving status: " + text));
+  function showError(target, failure, text) {
+    target.empty().append($("<div class=\"status_error\"></div>").text(failure + text));
   }
 
   // Polls settings.method every settings.interval ms while #settings.target is visible;
-  // render(result, target) fills the target with the reply.
+  // render(result, target) fills the target with the reply; a failure shows settings.failure and the reason.
   function poll(settings, render) {
     var target = $("#" + settings.target);
     var interval = settings.interval || 1000;
     var requestId = 2;
+    var failure = settings.failure || "Error retrieving status: ";
 
     function rearm() {
       setTimeout(tick, interval);
@@ -41,10 +44,10 @@ var PanelkitStatus = (function () {
           target.empty();
           render(data.result, target);
         } else {
-          showError(target, data ? String(data.error) : "no reply");
+          showError(target, failure, data ? String(data.error) : "no reply");
         }
       }).fail(function (xhr, status, error) {
-        showError(target, (error || status) + " [" + xhr.status + "]");
+        showError(target, failure, (error || status) + " [" + xhr.status + "]");
       }).always(rearm);
     }
 

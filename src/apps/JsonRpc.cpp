@@ -19,7 +19,6 @@ namespace panelkit::apps {
 JsonRpc::JsonRpc(web::Service& service) : web::JsonRpcServer(service)
 {
     bind("fw_upgrade_status", &JsonRpc::FirmwareUpgradeStatus, this);
-    bind("tail_syslog", &JsonRpc::TailSyslog, this);
     bind("reload", &JsonRpc::Reload, this);
     bind("prepare_fw_upgrade", &JsonRpc::PrepareFWUpgrade, this);
     BindStatus(Settings::Pages());
@@ -38,14 +37,6 @@ void JsonRpc::BindStatus(const std::vector<page::Page>& pages)
             return_result(result);
         });
     }
-}
-
-void JsonRpc::TailSyslog()
-{
-    const char* log = util::Pardb::GetString("syslogd/persistent") == "yes" ? "/home/root/log/messages" : "/var/log/messages";
-    Json::Value result(Json::objectValue);
-    result["tail"] = util::TailFile(util::DevicePath(log), 30, 8096);
-    return_result(result);
 }
 
 void JsonRpc::Reload()

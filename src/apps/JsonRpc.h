@@ -18,8 +18,6 @@ public:
     explicit JsonRpc(web::Service& service);
     /// "fw_upgrade_status": the firmware tool's status line, or the failed state.
     void FirmwareUpgradeStatus();
-    /// "tail_syslog": the last 30 lines of the system log.
-    void TailSyslog();
     /// "reload": sets the forced-reload flag and shuts the service down, so the main loop rebuilds it.
     void Reload();
     /// "prepare_fw_upgrade": suspends the deployer's watchdog before an upload; the shell's status.

@@ -2,20 +2,12 @@
 #include "apps/Settings.h"
 
 #include "pages/About.h"
+#include "pages/Advanced.h"
 #include "pages/Firmware.h"
 #include "pages/General.h"
 #include "pages/Reboot.h"
 
 namespace panelkit::apps {
-
-namespace {
-
-page::Page Pending(const std::string& name, const std::string& title, const std::string& menu)
-{
-    return page::Page(name, title).Menu(menu);
-}
-
-}  // namespace
 
 Settings::Settings(web::Service& service) : Base(service, "")
 {
@@ -31,7 +23,7 @@ const std::vector<page::Page>& Settings::Pages()
         pages::Firmware(),
         pages::FirmwareUpgradeStatus(),
         pages::Reboot(),
-        Pending("advanced", "Advanced", "Advanced"),
+        pages::Advanced(),
         pages::About(),
         pages::AboutFile(),
     };

@@ -9,6 +9,7 @@
 #include "web/widgets/Hidden.h"
 #include "web/widgets/Numeric.h"
 #include "web/widgets/Password.h"
+#include "web/widgets/Radio.h"
 #include "web/widgets/Select.h"
 #include "web/widgets/SelectMultiple.h"
 #include "web/widgets/Submit.h"
@@ -131,6 +132,14 @@ Field Field::Select(const std::string& name, const std::string& id, const std::s
     return field;
 }
 
+Field Field::Radio(const std::string& name, const std::string& id, const std::string& label,
+                   const std::vector<std::pair<std::string, std::string>>& options)
+{
+    Field field = Select(name, id, label, options);
+    field.make_ = Builder<web::widgets::Radio>(name, id, label);
+    return field;
+}
+
 Field Field::Multi(const std::string& name, const std::string& id, const std::string& label,
                    const std::vector<std::string>& labels)
 {
@@ -175,6 +184,11 @@ Field Field::File(const std::string& name, const std::string& id, const std::str
     return Field(name, Builder<web::widgets::File>(name, id, label));
 }
 
+Field& Field::Label(const std::string& text)
+{
+    return Configure([text](BaseWidget& widget) { widget.message(text); });
+}
+
 Field& Field::Help(const std::string& text)
 {
     return Configure([text](BaseWidget& widget) { widget.help(text); });
@@ -215,8 +229,17 @@ Field& Field::Upload(std::int64_t minSize, std::int64_t maxSize, const std::stri
 
 Field& Field::Length(int min, int max)
 {
+    return Configure([min, max](BaseWidget& widget) {
+        if (auto* file = Is<web::widgets::File>(widget))
+            return util::validation::Length(*file, min, max);
+        util::validation::Length(As<web::widgets::Text>(widget, "a length"), min, max);
+    });
+}
+
+Field& Field::MinLength(int min)
+{
     return Configure(
-        [min, max](BaseWidget& widget) { util::validation::Length(As<web::widgets::Text>(widget, "a length"), min, max); });
+        [min](BaseWidget& widget) { util::validation::MinLength(As<web::widgets::Text>(widget, "a length"), min); });
 }
 
 Field& Field::Selected(const std::string& id)

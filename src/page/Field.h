@@ -37,6 +37,9 @@ public:
     /// A drop-down list of (label, id) options.
     static Field Select(const std::string& name, const std::string& id, const std::string& label,
                         const std::vector<std::pair<std::string, std::string>>& options = {});
+    /// A single choice of (label, id) options shown as radio buttons.
+    static Field Radio(const std::string& name, const std::string& id, const std::string& label,
+                       const std::vector<std::pair<std::string, std::string>>& options);
     /// A list of which several options may be chosen.
     static Field Multi(const std::string& name, const std::string& id, const std::string& label,
                        const std::vector<std::string>& labels);
@@ -51,14 +54,19 @@ public:
     /// A file upload; the file stays on disk where the request streamed it.
     static Field File(const std::string& name, const std::string& id, const std::string& label);
 
+    /// The label shown beside the field (a button's is its caption's row).
+    Field& Label(const std::string& text);
     /// The help text shown with the field.
     Field& Help(const std::string& text);
     /// The text shown when the field fails its check.
     Field& Error(const std::string& text);
     /// A value is required ("This field is required").
     Field& Required();
-    /// A text's length limits ("Invalid length; minimum .., maximum ..").
+    /// A text's length limits ("Invalid length; minimum .., maximum .."), or a file's size in bytes, which then
+    /// must be given ("Invalid file length; minimum .., maximum .. bytes.").
     Field& Length(int min, int max);
+    /// A text's shortest length ("Invalid length; minimum ..").
+    Field& MinLength(int min);
     /// The option preselected before anything is loaded.
     Field& Selected(const std::string& id);
     /// Rows shown by a list, and how many choices it needs ("error" when fewer).

@@ -53,6 +53,25 @@ Page::FormDeclaration& Page::_Current()
     return forms_.back();
 }
 
+Page& Page::Part(const std::string& submitName, const std::string& submitValue)
+{
+    const FormDeclaration& owner = _Current();
+    FormDeclaration part;
+    part.id = owner.id;
+    part.tab = owner.tab;
+    part.part = true;
+    part.submitName = submitName;
+    part.submitValue = submitValue;
+    forms_.push_back(std::move(part));
+    return *this;
+}
+
+Page& Page::TabId(const std::string& id)
+{
+    _Current().tabId = id;
+    return *this;
+}
+
 Page& Page::Multipart()
 {
     _Current().multipart = true;
@@ -107,7 +126,7 @@ Page& Page::ReloadAfterPost(const std::string& field, const std::string& value, 
 
 Page& Page::On(const std::string& name, const std::string& value, Action action)
 {
-    buttons_.push_back({name, value, std::move(action)});
+    buttons_.push_back({name, value, std::move(action), forms_.empty() ? 0 : forms_.size() - 1});
     return *this;
 }
 
@@ -144,6 +163,19 @@ Page& Page::Separated()
     return *this;
 }
 
+Page& Page::StatusInTab(const std::string& heading)
+{
+    _Current().status = true;
+    _Current().statusHeading = heading;
+    return *this;
+}
+
+Page& Page::StatusFailure(const std::string& text)
+{
+    statusFailure_ = text;
+    return *this;
+}
+
 Page& Page::Renderer(const std::string& script)
 {
     renderer_ = script;
@@ -160,11 +192,20 @@ Page& Page::Diagnostics(const std::string& id, std::vector<Output> blocks, bool 
 
 Page::Layout Page::GetLayout() const
 {
-    if (forms_.size() > 1)
+    if (!forms_.empty() && TabOf(forms_.size() - 1) > 0)
         return Layout::MultiForm;
     if (!method_.empty())
         return Layout::Tabbed;
     return forms_.empty() ? Layout::Plain : Layout::Form;
+}
+
+std::size_t Page::TabOf(std::size_t form) const
+{
+    // Every form opens a tab; a part stays in the tab of its form.
+    std::size_t tab = 0;
+    for (std::size_t i = 1; i <= form && i < forms_.size(); ++i)
+        tab += !forms_[i].part;
+    return tab;
 }
 
 std::string Page::TitleFor(const std::vector<std::string>& args) const

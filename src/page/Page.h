@@ -59,6 +59,13 @@ public:
         std::string submitValue;
         /// A multipart post (a form with a file, or a download button).
         bool multipart = false;
+        /// A part of the form declared before it: shown inside that form, told apart by its own submit.
+        bool part = false;
+        /// The id its tab's link points at, "" for the division id + "_tab".
+        std::string tabId;
+        /// On a page of several forms, the status shows in this form's tab under this heading.
+        bool status = false;
+        std::string statusHeading;
         /// The fields in the order they are shown.
         std::vector<Field> fields;
         /// The order in which the fields are stored, when it is not the order shown.
@@ -93,6 +100,11 @@ public:
     /// Starts the next form: its division id, tab heading and the submit that tells it was sent.
     Page& Form(const std::string& id, const std::string& tab = "", const std::string& submitName = "",
                const std::string& submitValue = "");
+    /// Starts another part of the current form: shown in the same form and tab, with fields, checks and a save
+    /// of its own, and told apart by its own submit.
+    Page& Part(const std::string& submitName, const std::string& submitValue);
+    /// The current form's tab is linked as "#" + id instead of its division id + "_tab".
+    Page& TabId(const std::string& id);
     /// The current form is posted as multipart.
     Page& Multipart();
     /// Adds a field to the current form.
@@ -110,10 +122,12 @@ public:
     /// After a post of the current form whose field holds value, the named fields show what is stored.
     Page& ReloadAfterPost(const std::string& field, const std::string& value, std::vector<std::string> names);
 
-    /// A button outside the forms' saving: when `name` is posted with `value`, the action runs.
+    /// A button outside the forms' saving: when `name` is posted with `value`, the action runs (its call sees the
+    /// current form, whose tab is shown when the action answers with the page).
     Page& On(const std::string& name, const std::string& value, Action action);
-    /// Done on every request after the common content is prepared, before a post is handled; a hook
-    /// may answer the request itself (Content::answered), and then nothing more is done.
+    /// Done on every request after the common content is prepared, before a post is handled: what the
+    /// page shows whatever was posted. A message it sets gives way to the outcome of a post; a hook may
+    /// answer the request itself (Content::answered), and then nothing more is done.
     Page& Prepare(Hook hook);
     /// A paragraph shown above the forms, with its class.
     Page& Intro(const std::string& text, const std::string& cssClass = "page_intro");
@@ -124,6 +138,10 @@ public:
     Page& Status(const std::string& method, std::vector<Output> blocks, const std::string& target = "");
     /// The status tab's blocks are separated by line breaks.
     Page& Separated();
+    /// On a page of several forms, the status shows in the current form's tab, under the heading.
+    Page& StatusInTab(const std::string& heading);
+    /// The text put before the reason when a status request fails ("Error retrieving status: " unless given).
+    Page& StatusFailure(const std::string& text);
     /// A script of the page's own for a structured status reply (below the media root).
     Page& Renderer(const std::string& script);
     /// Command output made while the page renders, shown in the status tab (before or after the live status).
@@ -143,6 +161,8 @@ public:
     std::string TitleFor(const std::vector<std::string>& args) const;
     /// The layout.
     Layout GetLayout() const;
+    /// The index of the tab that shows the form.
+    std::size_t TabOf(std::size_t form) const;
     /// The named view, "" for the default one.
     const std::string& ViewName() const { return view_; }
     /// The forms.
@@ -152,6 +172,8 @@ public:
         std::string name;
         std::string value;
         Action action;
+        /// The form declared with it.
+        std::size_t form;
     };
     /// The buttons outside the forms.
     const std::vector<Button>& Buttons() const { return buttons_; }
@@ -171,6 +193,8 @@ public:
     const std::vector<Output>& StatusBlocks() const { return status_; }
     /// True when the status blocks are separated by line breaks.
     bool StatusSeparated() const { return separated_; }
+    /// The text before the reason of a failed status request, "" for the common one.
+    const std::string& StatusFailureText() const { return statusFailure_; }
     /// The page's own status script, "" for the common one.
     const std::string& StatusRenderer() const { return renderer_; }
     /// The diagnostics' division id, "" when the page has none.
@@ -201,6 +225,7 @@ private:
     std::string target_;
     std::vector<Output> status_;
     bool separated_ = false;
+    std::string statusFailure_;
     std::string renderer_;
     std::string diagnosticsId_;
     std::vector<Output> diagnostics_;

@@ -9,6 +9,8 @@
 #include "web/Log.h"
 #include "web/Response.h"
 
+#include <utility>
+
 namespace panelkit::page {
 
 namespace {
@@ -41,8 +43,16 @@ void Runner::Serve(apps::Base& app, const Page& page, const std::vector<std::str
     Call call{app, content, *content.forms.front(), args};
     for (std::size_t i = 0; i < page.Preparations().size() && !content.answered; ++i)
         page.Preparations()[i](call);
-    if (content.answered || (app.HttpPost() && _Post(app, page, content, args)) || content.answered)
+    if (content.answered)
         return;
+    if (app.HttpPost()) {
+        // What every request shows gives way to what the post did.
+        const data::Message standing = std::exchange(content.message, data::Message());
+        if (_Post(app, page, content, args) || content.answered)
+            return;
+        if (content.message.GetResultClass() == data::Message::ResultClass::None)
+            content.message = standing;
+    }
     // Forms the request did not post show what is stored.
     if (app.HttpPost() || app.HttpGet())
         for (std::size_t i = 0; i < content.forms.size(); ++i)
@@ -58,7 +68,8 @@ bool Runner::_Post(apps::Base& app, const Page& page, Content& content, const st
     for (const auto& button : page.Buttons()) {
         if (app.HttpPost(button.name) != button.value)
             continue;
-        Call call{app, content, *content.forms.front(), args};
+        Call call{app, content, *content.forms[button.form], args};
+        content.selected_tab = static_cast<std::int32_t>(page.TabOf(button.form));
         return button.action(call);
     }
     const int index = PostedForm(app, page);
@@ -68,6 +79,7 @@ bool Runner::_Post(apps::Base& app, const Page& page, Content& content, const st
         return false;
     }
     content.posted = index;
+    content.selected_tab = static_cast<std::int32_t>(page.TabOf(static_cast<std::size_t>(index)));
     _PostForm(app, page, content, static_cast<std::size_t>(index), args);
     return false;
 }

@@ -15,6 +15,7 @@
 #include <limits>
 #include <spawn.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -44,13 +45,16 @@ std::vector<char*> ArgumentArray(const std::vector<std::string>& argv)
     return array;
 }
 
-// Standard output goes to `output` when it is not negative; false when the program cannot be started.
-bool Spawn(const char* program, const std::vector<std::string>& argv, int output, pid_t& pid)
+// Standard output goes to `output` and standard input comes from `input` when they are not negative;
+// false when the program cannot be started.
+bool Spawn(const char* program, const std::vector<std::string>& argv, int output, pid_t& pid, int input = -1)
 {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     if (output >= 0)
         posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    if (input >= 0)
+        posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     // The service ignores SIGPIPE; a program whose reader went away ends as it would under a shell.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
@@ -233,6 +237,38 @@ int RunStatus(const std::vector<std::string>& argv)
     pid_t pid = -1;
     if (argv.empty() || !Spawn(argv[0].c_str(), argv, -1, pid))
         return notFound;
+    return Reap(pid);
+}
+
+int RunWithInput(const std::vector<std::string>& argv, const std::string& input)
+{
+    const int notFound = 127 << 8;
+    if (argv.empty())
+        return notFound;
+    // A socket rather than a pipe: a program that ends without reading must not raise SIGPIPE here.
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+        return notFound;
+    const int discard = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    pid_t pid = -1;
+    const bool started = discard >= 0 && Spawn(argv[0].c_str(), argv, discard, pid, ends[1]);
+    ::close(ends[1]);
+    if (discard >= 0)
+        ::close(discard);
+    if (!started) {
+        ::close(ends[0]);
+        return notFound;
+    }
+    for (std::size_t sent = 0; sent < input.size();) {
+        const ssize_t wrote = ::send(ends[0], input.data() + sent, input.size() - sent, MSG_NOSIGNAL);
+        if (wrote < 0 && errno == EINTR)
+            continue;
+        if (wrote <= 0)
+            break;
+        sent += static_cast<std::size_t>(wrote);
+    }
+    // The end of the input tells the program there is no more.
+    ::close(ends[0]);
     return Reap(pid);
 }
 

@@ -19,6 +19,9 @@ std::string Run(const std::vector<std::string>& argv, std::size_t maxBytes);
 /// Runs argv[0] (looked up on PATH) with the arguments and no shell, output not captured; the wait
 /// status as system() gives it (0 on success), 127 << 8 when the program cannot be started.
 int RunStatus(const std::vector<std::string>& argv);
+/// Runs argv[0] (looked up on PATH) with the arguments and no shell, the input on its standard input and its
+/// standard output discarded; the wait status as RunStatus gives it.
+int RunWithInput(const std::vector<std::string>& argv, const std::string& input);
 /// The text when it fits in maxBytes; else its first maxBytes bytes, the last 3 of them replaced
 /// by "..." when that leaves at least 4 bytes.
 std::string Bounded(std::string text, std::size_t maxBytes);

@@ -4,6 +4,7 @@
 #include "web/Log.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <mutex>
 
 namespace panelkit::util {
@@ -57,6 +58,46 @@ bool Write(const std::string& key, const T& value)
         return true;
     PK_ERROR() << "FAIL pardblib::setPar \"" << key << "\"";
     return false;
+}
+
+// The store's type numbers of the two number types; every other type holds a string.
+const int kInt = 0;
+const int kFloat = 1;
+
+int Kind(PARDB_PAR_T type)
+{
+    const int number = static_cast<int>(type);
+    return number == kInt || number == kFloat ? number : -1;
+}
+
+// True when the stored value already is the entry's; the caller holds the lock.
+bool Holds(cPardbLib& lib, const Pardb::Entry& entry)
+{
+    std::string stored;
+    auto type = static_cast<PARDB_PAR_T>(3);
+    if (lib.getPar(entry.key.c_str(), stored, &type) != 0 || Kind(type) != Kind(entry.type))
+        return false;
+    switch (Kind(entry.type)) {
+    case kInt:
+        return std::strtol(stored.c_str(), nullptr, 10) == std::strtol(entry.value.c_str(), nullptr, 10);
+    case kFloat:
+        return std::strtof(stored.c_str(), nullptr) == std::strtof(entry.value.c_str(), nullptr);
+    default:
+        return stored == entry.value;
+    }
+}
+
+// Writes the entry as its type; the caller holds the lock.
+int Store(cPardbLib& lib, const Pardb::Entry& entry)
+{
+    switch (Kind(entry.type)) {
+    case kInt:
+        return lib.setPar(entry.key.c_str(), static_cast<int>(std::strtol(entry.value.c_str(), nullptr, 10)));
+    case kFloat:
+        return lib.setPar(entry.key.c_str(), std::strtof(entry.value.c_str(), nullptr));
+    default:
+        return lib.setPar(entry.key.c_str(), entry.value);
+    }
 }
 
 }  // namespace
@@ -133,6 +174,22 @@ std::vector<std::string> Pardb::GetList(const std::string& prefix)
         names.emplace_back(name);
     std::sort(names.begin(), names.end());
     return names;
+}
+
+bool Pardb::Update(const std::vector<Entry>& entries, std::size_t& written)
+{
+    std::lock_guard<std::mutex> guard(g_lock);
+    written = 0;
+    for (const auto& entry : entries) {
+        if (Holds(lib(), entry))
+            continue;
+        if (Store(lib(), entry) != 0) {
+            PK_ERROR() << "FAIL pardblib::setPar \"" << entry.key << "\"";
+            return false;
+        }
+        ++written;
+    }
+    return true;
 }
 
 void Pardb::FlushReadCache()

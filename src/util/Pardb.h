@@ -12,6 +12,13 @@ namespace panelkit::util {
 /// (0, "", false, an empty list) and are logged: reads at debug level, writes at error level.
 class Pardb {
 public:
+    /// A value as the store keeps it: its text and its type (an int's or a float's text is its decimal form).
+    struct Entry {
+        std::string key;
+        std::string value;
+        PARDB_PAR_T type;
+    };
+
     /// The shared client of this process, created on first use.
     static cPardbLib& lib();
     /// The int at the key, 0 when it cannot be read.
@@ -36,6 +43,10 @@ public:
     static bool Exists(const std::string& key);
     /// The full names of the keys below the prefix, byte-wise sorted.
     static std::vector<std::string> GetList(const std::string& prefix);
+    /// Writes each entry whose key is missing or holds another value or type, in order and all under one hold
+    /// of the lock, stopping at the first failed write; false then. Numbers compare by value, and a string
+    /// (any type but int and float) by its text. `written` counts the keys written.
+    static bool Update(const std::vector<Entry>& entries, std::size_t& written);
     /// Forgets the client's cached reads, to see other processes' writes.
     static void FlushReadCache();
     /// Reads into a caller's buffer without taking the lock; the library's result.

@@ -5,6 +5,25 @@
 
 namespace panelkit::views {
 
+namespace {
+
+std::string TabId(const page::Page::FormDeclaration& declared)
+{
+    return declared.tabId.empty() ? declared.id + "_tab" : declared.tabId;
+}
+
+// The form at index and the parts that follow it.
+std::vector<std::size_t> PartsOf(const page::Page& page, std::size_t index)
+{
+    std::vector<std::size_t> parts{index};
+    const auto& forms = page.Forms();
+    for (std::size_t i = index + 1; i < forms.size() && forms[i].part; ++i)
+        parts.push_back(i);
+    return parts;
+}
+
+}  // namespace
+
 PageView::PageView(std::ostream& out, page::Content& content, const web::Application& app)
     : BaseForm(out, content, app), page_(content)
 {
@@ -39,23 +58,39 @@ void PageView::render_page()
     case page::Page::Layout::MultiForm:
         out_ << "<div id=\"tabcontainer\"><ul class=\"tabnav\">";
         for (const auto& declared : page.Forms()) {
+            if (declared.part)
+                continue;
             out_ << "<li><a href=\"#";
-            Esc(declared.id + "_tab");
+            Esc(TabId(declared));
             out_ << "\">";
             Esc(declared.tab);
             out_ << "</a></li>";
         }
         out_ << "</ul>\n";
-        for (std::size_t i = 0; i < page.Forms().size(); ++i) {
-            out_ << "<div id=\"";
-            Esc(page.Forms()[i].id + "_tab");
-            out_ << "\" class=\"tabdiv\">";
-            render_config_tab(i);
-            out_ << "</div>\n";
-        }
+        for (std::size_t i = 0; i < page.Forms().size(); ++i)
+            if (!page.Forms()[i].part)
+                render_form_tab(i);
         out_ << "</div>\n";
         return;
     }
+}
+
+void PageView::render_form_tab(std::size_t index)
+{
+    const auto& forms = page_.page.Forms();
+    out_ << "<div id=\"";
+    Esc(TabId(forms[index]));
+    out_ << "\" class=\"tabdiv\">";
+    render_config_tab(index);
+    for (std::size_t i : PartsOf(page_.page, index)) {
+        if (!forms[i].status)
+            continue;
+        out_ << "<h3>";
+        Esc(forms[i].statusHeading);
+        out_ << "</h3>";
+        render_status_tab();
+    }
+    out_ << "</div>\n";
 }
 
 void PageView::render_facts()
@@ -71,14 +106,22 @@ void PageView::render_facts()
 
 void PageView::render_config_tab(std::size_t index)
 {
-    const auto& declared = page_.page.Forms()[index];
+    const auto& forms = page_.page.Forms();
+    const std::vector<std::size_t> parts = PartsOf(page_.page, index);
+    bool multipart = false;
+    for (std::size_t i : parts)
+        multipart = multipart || forms[i].multipart;
     out_ << "<div id=\"";
-    Esc(declared.id);
-    out_ << "\"><form method=\"post\" action=\"\"" << (declared.multipart ? " enctype=\"multipart/form-data\"" : "")
+    Esc(forms[index].id);
+    out_ << "\"><form method=\"post\" action=\"\"" << (multipart ? " enctype=\"multipart/form-data\"" : "")
          << "><table class=\"form_table\">";
     if (index == 0)
         render_facts();
     render_form(*page_.forms[index]);
+    // The parts' rows follow in the same form, which already carries its token.
+    for (std::size_t i = 1; i < parts.size(); ++i)
+        for (const auto* widget : page_.forms[parts[i]]->widgets())
+            render_widget(*widget);
     out_ << "</table></form></div>";
 }
 
@@ -137,6 +180,8 @@ void PageView::render_scripts()
     status["target"] = page.StatusTarget();
     if (page.StatusSeparated())
         status["separated"] = true;
+    if (!page.StatusFailureText().empty())
+        status["failure"] = page.StatusFailureText();
     Json::Value& sections = status["sections"];
     sections = Json::Value(Json::arrayValue);
     for (const auto& block : page.StatusBlocks()) {

@@ -14,8 +14,10 @@ public:
 
     void render_page() override;
     void render_scripts() override;
-    /// The division of one form: its rows in a table inside a post form.
+    /// The division of one form: its rows and those of its parts in a table inside a post form.
     virtual void render_config_tab(std::size_t index);
+    /// The tab of a form on a page of several: the form's division, then the status when it shows there.
+    virtual void render_form_tab(std::size_t index);
     /// The status tab: the division the status script fills, and the page's command output.
     virtual void render_status_tab();
 

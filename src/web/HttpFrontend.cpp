@@ -28,6 +28,7 @@
 #include <sys/socket.h>
 #include <sys/uio.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
 #include <mutex>
@@ -117,9 +118,15 @@ bool Send(Poco::Net::StreamSocket& socket, const Response& reply, bool keepAlive
         return false;
     if (!withBody)
         return true;
+    // No more than the length announced: a log may grow while it is sent.
     char chunk[64 * 1024];
-    while (file.read(chunk, sizeof chunk), file.gcount() > 0) {
-        iovec piece{chunk, static_cast<std::size_t>(file.gcount())};
+    for (std::uint64_t left = size; left > 0;) {
+        file.read(chunk, static_cast<std::streamsize>(std::min<std::uint64_t>(left, sizeof chunk)));
+        const auto got = static_cast<std::size_t>(file.gcount());
+        if (got == 0)
+            break;
+        left -= got;
+        iovec piece{chunk, got};
         if (!SendAll(socket, &piece, 1))
             return false;
     }

@@ -5,6 +5,8 @@
 
 #include <Poco/Net/HTTPResponse.h>
 
+#include <cstdio>
+
 namespace panelkit::web {
 
 Response::BodyBuffer::int_type Response::BodyBuffer::overflow(int_type ch)
@@ -26,6 +28,12 @@ Response::Response() : buffer_(body_), out_(&buffer_)
     body_.reserve(8 * 1024);
 }
 
+Response::~Response()
+{
+    if (removeFile_ && !file_.empty())
+        std::remove(file_.c_str());
+}
+
 const char* Response::Reason(int code)
 {
     return Poco::Net::HTTPResponse::getReasonForStatus(static_cast<Poco::Net::HTTPResponse::HTTPStatus>(code)).c_str();
@@ -38,6 +46,9 @@ void Response::setHeader(const std::string& name, const std::string& value)
 
 void Response::reset()
 {
+    if (removeFile_ && !file_.empty())
+        std::remove(file_.c_str());
+    removeFile_ = false;
     status_ = 200;
     contentType_ = "text/html; charset=utf-8";
     headers_.clear();
@@ -65,13 +76,17 @@ void Response::sendFile(const std::string& path, const std::string& downloadName
 {
     file_ = path;
     contentType_ = type;
-    if (downloadName.empty())
-        return;
+    if (!downloadName.empty())
+        setHeader("Content-Disposition", Attachment(downloadName));
+}
+
+std::string Response::Attachment(const std::string& name)
+{
     std::string safe;
-    for (char c : downloadName)
-        if (c != '"' && c != '\\' && static_cast<unsigned char>(c) >= 0x20)
+    for (char c : name)
+        if (c != '"' && c != '\\' && static_cast<unsigned char>(c) >= 0x20 && c != 0x7F)
             safe.push_back(c);
-    setHeader("Content-Disposition", "attachment; filename=\"" + safe + "\"");
+    return "attachment; filename=\"" + safe + "\"";
 }
 
 }  // namespace panelkit::web

@@ -13,6 +13,8 @@ namespace panelkit::web {
 class Response {
 public:
     Response();
+    /// Removes a temporary file the reply was streaming.
+    ~Response();
     Response(const Response&) = delete;
     Response& operator=(const Response&) = delete;
 
@@ -43,8 +45,13 @@ public:
     /// Answers with a file streamed from disk as an attachment named downloadName
     /// (inline when downloadName is empty).
     void sendFile(const std::string& path, const std::string& downloadName, const std::string& type);
+    /// The file given to sendFile is removed once the reply is gone (after it was sent).
+    void removeFileAfterSending() { removeFile_ = true; }
     /// The file to stream instead of the body, "" when none.
     const std::string& file() const { return file_; }
+    /// The value of a header offering a download named name: "attachment; filename=\"name\"", the name without
+    /// the characters that would end the quoted text or the header.
+    static std::string Attachment(const std::string& name);
     /// Asks the front end to close the connection after this reply.
     void closeConnection() { close_ = true; }
     /// True when the connection must not be kept alive.
@@ -71,6 +78,7 @@ private:
     BodyBuffer buffer_;
     std::ostream out_;
     std::string file_;
+    bool removeFile_ = false;
     bool close_ = false;
 };
 

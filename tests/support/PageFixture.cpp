@@ -24,55 +24,58 @@ namespace {
 // A well-formed form token; the page accepts a post whose field repeats the cookie.
 const char kToken[] = "0123456789abcdef0123456789abcdef";
 
-// A body made as it is read: a prefix, `size` bytes starting with `head` then filler, a suffix.
+// A body made as it is read: pieces of text, each followed by a run of filler bytes.
 class GeneratedBody : public std::streambuf {
 public:
-    GeneratedBody(std::string prefix, std::string head, std::uint64_t size, std::string suffix)
-        : prefix_(std::move(prefix)), head_(std::move(head)), size_(size), suffix_(std::move(suffix))
+    struct Piece {
+        std::string text;
+        std::uint64_t filler;
+    };
+
+    explicit GeneratedBody(std::vector<Piece> pieces) : pieces_(std::move(pieces)) {}
+    std::uint64_t length() const
     {
+        std::uint64_t total = 0;
+        for (const auto& piece : pieces_)
+            total += piece.text.size() + piece.filler;
+        return total;
     }
-    std::uint64_t length() const { return prefix_.size() + size_ + suffix_.size(); }
 
 protected:
     int_type underflow() override
     {
-        const std::uint64_t total = length();
-        if (offset_ >= total)
-            return traits_type::eof();
         std::size_t n = 0;
-        while (n < sizeof buffer_ && offset_ < total)
-            n += Fill(buffer_ + n, sizeof buffer_ - n);
+        while (n < sizeof buffer_ && piece_ < pieces_.size())
+            n += _Fill(buffer_ + n, sizeof buffer_ - n);
+        if (n == 0)
+            return traits_type::eof();
         setg(buffer_, buffer_, buffer_ + n);
         return traits_type::to_int_type(buffer_[0]);
     }
 
 private:
-    // Copies what follows the offset within one piece (prefix, head, filler, suffix).
-    std::size_t Fill(char* to, std::size_t room)
+    // Copies what follows within the current piece's text or filler; moves to the next piece at its end.
+    std::size_t _Fill(char* to, std::size_t room)
     {
-        auto copy = [&](const std::string& from, std::uint64_t at) {
-            const std::size_t n = std::min<std::uint64_t>(room, from.size() - at);
-            std::memcpy(to, from.data() + at, n);
-            return n;
-        };
+        const Piece& piece = pieces_[piece_];
         std::size_t n = 0;
-        const std::uint64_t body = offset_ - std::min<std::uint64_t>(offset_, prefix_.size());
-        if (offset_ < prefix_.size())
-            n = copy(prefix_, offset_);
-        else if (body < head_.size() && body < size_)
-            n = std::min<std::uint64_t>(copy(head_, body), size_ - body);
-        else if (body < size_)
-            std::memset(to, 'f', n = std::min<std::uint64_t>(room, size_ - body));
-        else
-            n = copy(suffix_, body - size_);
+        if (offset_ < piece.text.size()) {
+            n = std::min<std::uint64_t>(room, piece.text.size() - offset_);
+            std::memcpy(to, piece.text.data() + offset_, n);
+        } else {
+            n = std::min<std::uint64_t>(room, piece.text.size() + piece.filler - offset_);
+            std::memset(to, 'f', n);
+        }
         offset_ += n;
+        if (offset_ == piece.text.size() + piece.filler) {
+            ++piece_;
+            offset_ = 0;
+        }
         return n;
     }
 
-    std::string prefix_;
-    std::string head_;
-    std::uint64_t size_;
-    std::string suffix_;
+    std::vector<Piece> pieces_;
+    std::size_t piece_ = 0;
     std::uint64_t offset_ = 0;
     char buffer_[64 * 1024];
 };
@@ -137,7 +140,19 @@ PageReply PageFixture::_Serve(const std::string& method, const std::string& path
                                                   service_->limits(), message);
     EXPECT_EQ(0, refused) << message;
     service_->handle(request, response);
-    return {response.status(), response.body(), response.headers()};
+    PageReply reply{response.status(), response.body(), response.contentType(), response.headers(), response.file()};
+    // Read while the reply lives, as a front end sends it: a file removed after sending is gone afterwards.
+    if (!reply.file.empty())
+        reply.body = ReadFile(reply.file);
+    return reply;
+}
+
+std::string PageReply::header(const std::string& name) const
+{
+    for (const auto& [key, value] : headers)
+        if (key == name)
+            return value;
+    return "";
 }
 
 PageReply PageFixture::Get(const std::string& path)
@@ -156,19 +171,26 @@ PageReply PageFixture::Post(const std::string& path, const Fields& fields)
     return _Serve("POST", path, "application/x-www-form-urlencoded", body);
 }
 
-PageReply PageFixture::PostFile(const std::string& path, const Fields& fields, const UploadPart& file)
+PageReply PageFixture::PostMultipart(const std::string& path, const Fields& fields,
+                                     const std::vector<UploadPart>& files)
 {
     const std::string boundary = "----panelkitTestBoundary7MA4YWxkTrZu0gW";
-    std::string prefix;
+    std::string text;
     auto part = [&](const std::string& name, const std::string& value) {
-        prefix += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value + "\r\n";
+        text += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value + "\r\n";
     };
     part("_csrf", kToken);
     for (const auto& [name, value] : fields)
         part(name, value);
-    prefix += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + file.field + "\"; filename=\"" +
-              file.filename + "\"\r\nContent-Type: " + file.mime + "\r\n\r\n";
-    GeneratedBody generated(prefix, file.head, file.size, "\r\n--" + boundary + "--\r\n");
+    std::vector<GeneratedBody::Piece> pieces;
+    for (const auto& file : files) {
+        text += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + file.field + "\"; filename=\"" +
+                file.filename + "\"\r\nContent-Type: " + file.mime + "\r\n\r\n" + file.head;
+        pieces.push_back({std::move(text), file.size > file.head.size() ? file.size - file.head.size() : 0});
+        text = "\r\n";
+    }
+    pieces.push_back({text + "--" + boundary + "--\r\n", 0});
+    GeneratedBody generated(std::move(pieces));
     std::istream body(&generated);
     return _Serve("POST", path, "multipart/form-data; boundary=" + boundary, body, generated.length());
 }

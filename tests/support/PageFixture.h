@@ -35,7 +35,8 @@ inline bool Has(const std::string& text, const std::string& part)
 /// The text of the pre block under a section heading of a page, "" when the page has none.
 std::string SectionText(const std::string& page, const std::string& title);
 
-/// A file posted with a multipart form: `size` bytes that begin with `head` (the rest is filler).
+/// A file posted with a multipart form: its content `head`, or `size` bytes that begin with `head`
+/// (the rest is filler) when size is larger.
 struct UploadPart {
     std::string field;
     std::string filename;
@@ -47,17 +48,16 @@ struct UploadPart {
 /// What the service answered.
 struct PageReply {
     int status = 0;
+    /// The body, or the bytes of the file the reply streams.
     std::string body;
+    /// The content type.
+    std::string contentType;
     /// The headers besides the content type, in the order set.
     std::vector<std::pair<std::string, std::string>> headers;
-    /// A header's value, "" when it was not set.
-    std::string header(const std::string& name) const
-    {
-        for (const auto& [key, value] : headers)
-            if (key == name)
-                return value;
-        return "";
-    }
+    /// A header's value, "" when absent (the name as the page set it).
+    std::string header(const std::string& name) const;
+    /// The file the reply streams, "" when the body was built in memory.
+    std::string file;
 };
 
 /// A simulated device root and panelkit's trees mounted on a service that is not listening:
@@ -71,9 +71,9 @@ protected:
     PageReply Get(const std::string& path);
     /// POSTs the fields as a browser submits the page's form, with a valid form token.
     PageReply Post(const std::string& path, const Fields& fields);
-    /// POSTs the fields and the file as a browser submits a multipart form, with a valid form token;
-    /// the file's bytes are made while they are read, so a large one costs no memory.
-    PageReply PostFile(const std::string& path, const Fields& fields, const UploadPart& file);
+    /// POSTs the fields and files as a browser submits a multipart form, with a valid form token; the
+    /// files' bytes are made while they are read, so a large one costs no memory.
+    PageReply PostMultipart(const std::string& path, const Fields& fields, const std::vector<UploadPart>& files = {});
     /// The whole JSON-RPC answer of a method called with the parameters.
     Json::Value Rpc(const std::string& method, const Json::Value& params = Json::Value(Json::arrayValue));
     /// The result of a method that must answer without error.

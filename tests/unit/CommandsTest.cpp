@@ -309,3 +309,27 @@ TEST(RunStatus, ArgumentsReachTheProgramAsTheyAre)
     EXPECT_EQ(0, util::RunStatus({"touch", dir / "a b;$(false)"}));
     EXPECT_TRUE(dir.exists("a b;$(false)"));
 }
+
+TEST(RunWithInput, TheProgramReadsTheTextAndItsStatusComesBack)
+{
+    TempDir dir;
+    const std::string input = "root:$6$salt$hash\nsecond line with 'quotes' and $(nothing)\n";
+    EXPECT_EQ(0, util::RunWithInput({"sh", "-c", "cat > \"$1\"", "sh", dir / "received"}, input));
+    EXPECT_EQ(input, dir.read("received"));
+    EXPECT_EQ(4 << 8, util::RunWithInput({"sh", "-c", "read line; exit 4"}, "x\n"));
+}
+
+TEST(RunWithInput, TheOutputIsDiscardedAndAProgramThatReadsNothingDoesNotHurt)
+{
+    // Far more than a pipe holds, to a program that never reads it.
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(0, util::RunWithInput({"sh", "-c", "echo noise; exit 0"}, std::string(1 << 20, 'x')));
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
+    EXPECT_EQ(0, util::RunWithInput({"true"}, ""));
+}
+
+TEST(RunWithInput, AProgramThatCannotBeStartedIsNotFound)
+{
+    EXPECT_EQ(127 << 8, util::RunWithInput({"panelkit-no-such-program"}, "x"));
+    EXPECT_EQ(127 << 8, util::RunWithInput({}, "x"));
+}

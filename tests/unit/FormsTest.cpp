@@ -8,6 +8,7 @@
 #include "web/widgets/File.h"
 #include "web/widgets/Numeric.h"
 #include "web/widgets/Password.h"
+#include "web/widgets/Radio.h"
 #include "web/widgets/Select.h"
 #include "web/widgets/SelectMultiple.h"
 #include "web/widgets/Submit.h"
@@ -300,4 +301,33 @@ TEST(File, ChecksSizeTypeNameAndMagic)
     image.filename(".*");
     image.add_valid_magic("XX");
     EXPECT_TRUE(image.validate()) << "one matching beginning is enough";
+}
+
+TEST(Radio, AButtonPerOptionUnderOneNameLoadedAsASelect)
+{
+    Radio which;
+    which.name("eraseWhich");
+    which.id("cfg_which");
+    which.add("Log <Partition>", "erase_log");
+    which.add("Data Partition", "erase_data");
+    validation::NonEmpty(which);
+    web::Request posted;
+    Post(posted, "eraseWhich=erase_data");
+    which.load(posted);
+    EXPECT_TRUE(which.validate());
+    EXPECT_EQ("erase_data", which.selected_id());
+    EXPECT_EQ("<div class=\"radio_select\" id=\"cfg_which\">"
+              "<label><input type=\"radio\" id=\"cfg_which_0\" name=\"eraseWhich\" value=\"erase_log\" /> "
+              "Log &lt;Partition&gt;</label><br />"
+              "<label><input type=\"radio\" id=\"cfg_which_1\" name=\"eraseWhich\" value=\"erase_data\" checked=\"checked\" /> "
+              "Data Partition</label><br /></div>",
+              Rendered(which));
+    web::Request none;
+    Post(none, "x=1");
+    which.load(none);
+    EXPECT_FALSE(which.validate());
+    web::Request unknown;
+    Post(unknown, "eraseWhich=erase_root");
+    which.load(unknown);
+    EXPECT_FALSE(which.validate());
 }

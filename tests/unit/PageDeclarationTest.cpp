@@ -202,3 +202,80 @@ TEST_F(Declared, ATableOfKeysListsWritesAndRemovesRows)
     ASSERT_TRUE(rules.Remove("08080"));
     EXPECT_EQ(2u, rules.Load().size());
 }
+
+namespace {
+
+// One tab of a form with two parts, each saving its own field, then a tab of its own linked by another name.
+page::Page FormWithParts()
+{
+    page::Page page("test", "Parts");
+    page.Form("pair_form", "Pair", "submit", "Save First")
+        .Add(Field::Text("one", "cfg_test_one", "One").Required().Key("test/one"))
+        .Add(Field::Submit("submit", "cfg_test_first", "Save First"))
+        .Part("submit", "Save Second")
+        .Add(Field::Text("two", "cfg_test_two", "Two").Required().Key("test/two"))
+        .Add(Field::Submit("submit", "cfg_test_second", "Save Second"))
+        .On("submit", "Ask", [](page::Call& call) {
+            call.content.message = data::Message::Error("asked " + std::to_string(call.form.Fields().size()));
+            return false;
+        });
+    page.Form("log_form", "Log").TabId("log_tab").Add(Field::Text("three", "cfg_test_three", "Three")).StatusInTab("Recent");
+    page.Status("test_status", {page::Output::Computed("x", "", [] { return "x"; })}, "test_dynamic")
+        .StatusFailure("Error retrieving x: ");
+    return page;
+}
+
+}  // namespace
+
+TEST_F(Declared, APartSharesItsFormsTabAndIsCheckedAndStoredOnItsOwn)
+{
+    const page::Page page = FormWithParts();
+    EXPECT_EQ(page::Page::Layout::MultiForm, page.GetLayout());
+    EXPECT_EQ(0u, page.TabOf(1));
+    EXPECT_EQ(1u, page.TabOf(2));
+    const std::string html = Serve(page, "POST", {{"one", ""}, {"two", "second"}, {"submit", "Save Second"}});
+    EXPECT_THAT(html, HasSubstr("Success: The form values were saved."));
+    EXPECT_EQ("second", util::Pardb::GetString("test/two"));
+    EXPECT_FALSE(util::Pardb::Exists("test/one")) << "the other part is neither checked nor stored";
+    EXPECT_THAT(html, HasSubstr("<li><a href=\"#pair_form_tab\">Pair</a></li><li><a href=\"#log_tab\">Log</a></li></ul>"));
+    EXPECT_THAT(html, HasSubstr("name=\"two\" value=\"second\""));
+    // Both parts' rows in one form element with one token.
+    const auto form = html.find("<div id=\"pair_form\"><form");
+    const auto end = html.find("</form>", form);
+    ASSERT_NE(std::string::npos, form);
+    const std::string inside = html.substr(form, end - form);
+    EXPECT_THAT(inside, HasSubstr("id=\"cfg_test_first\""));
+    EXPECT_THAT(inside, HasSubstr("id=\"cfg_test_second\""));
+    EXPECT_EQ(inside.find("name=\"_csrf\""), inside.rfind("name=\"_csrf\""));
+}
+
+TEST_F(Declared, AStatusInATabShowsUnderItsHeadingAndItsFailureText)
+{
+    const std::string html = Serve(FormWithParts(), "GET");
+    EXPECT_THAT(html, HasSubstr("<div id=\"log_tab\" class=\"tabdiv\"><div id=\"log_form\"><form"));
+    EXPECT_THAT(html, HasSubstr("</form></div><h3>Recent</h3><div class=\"command_output\" id=\"test_dynamic\"><img"));
+    EXPECT_THAT(html, HasSubstr("\"failure\":\"Error retrieving x: \""));
+    EXPECT_THAT(html, HasSubstr("\"tabs\":{\"selected\":0}"));
+}
+
+TEST_F(Declared, APostOrAButtonOpensTheTabOfItsForm)
+{
+    const page::Page page = FormWithParts();
+    EXPECT_THAT(Serve(page, "POST", {{"three", "3"}, {"submit", "Ask"}}), HasSubstr(">asked 2</div>"));
+    page::Page second = FormWithParts();
+    second.Form("third_form", "Third", "submit", "Save Third").Add(Field::Text("four", "cfg_test_four", "Four"));
+    EXPECT_THAT(Serve(second, "POST", {{"four", ""}, {"submit", "Save Third"}}), HasSubstr("\"tabs\":{\"selected\":2}"));
+    EXPECT_THAT(Serve(second, "POST", {{"two", ""}, {"submit", "Save Second"}}), HasSubstr("\"tabs\":{\"selected\":0}"));
+}
+
+TEST_F(Declared, WhatEveryRequestShowsGivesWayToWhatAPostDid)
+{
+    page::Page page("test", "Standing");
+    page.Add(Field::Text("name", "cfg_test_name", "Name").Key("test/name")).Prepare([](page::Call& call) {
+        call.content.message = data::Message::Error("Standing notice", true);
+    });
+    EXPECT_THAT(Serve(page, "GET"), HasSubstr("<div class=\"failure static form_result_msg\">Standing notice</div>"));
+    const std::string saved = Serve(page, "POST", {{"name", "x"}});
+    EXPECT_THAT(saved, HasSubstr("Success: The form values were saved."));
+    EXPECT_THAT(saved, Not(HasSubstr("Standing notice")));
+}

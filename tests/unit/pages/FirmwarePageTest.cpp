@@ -30,7 +30,7 @@ protected:
     PageReply Send(const std::string& name, const std::string& head, std::uint64_t size,
                    const std::string& mime = "application/octet-stream")
     {
-        return PostFile("/config/settings/firmware", {}, {"fwupload", name, mime, head, size});
+        return PostMultipart("/config/settings/firmware", {}, {{"fwupload", name, mime, head, size}});
     }
 
     // The images stored in the device's /tmp ("firmware" and a number).
@@ -121,7 +121,7 @@ TEST_F(FirmwarePage, AnImageWithoutTheMagicIsRefused)
 
 TEST_F(FirmwarePage, NoFileAtAllIsRefused)
 {
-    const PageReply reply = PostFile("/config/settings/firmware", {}, {"fwupload", "", "application/octet-stream", "", 0});
+    const PageReply reply = PostMultipart("/config/settings/firmware", {}, {{"fwupload", "", "application/octet-stream", "", 0}});
     EXPECT_THAT(reply.body, HasSubstr("This field is required"));
     ExpectNothingStarted(reply);
 }
