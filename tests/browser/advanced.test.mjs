@@ -6,7 +6,7 @@ import fs from "node:fs";
 import os from "node:os";
 import path from "node:path";
 import { after, before, test } from "node:test";
-import { launchBrowser, openPage, screenshotDir, startDevice } from "./harness.mjs";
+import { launchBrowser, screenshotDir, withDevice } from "./harness.mjs";
 
 let browser;
 
@@ -18,30 +18,12 @@ after(async () => {
   await browser.close();
 });
 
-// Runs body against a fresh simulated device and a page that records its status requests.
-async function withDevice(body) {
-  const device = await startDevice({ simulated: true });
-  try {
-    const page = await openPage(browser);
-    page.rpcMethods = [];
-    page.on("request", (request) => {
-      if (request.url().endsWith("/async/rpc")) {
-        page.rpcMethods.push(JSON.parse(request.postData()).method);
-      }
-    });
-    await body(device, page);
-    assert.deepEqual(page.problems, []);
-  } finally {
-    await device.stop();
-  }
-}
-
 function commandLog(device) {
   return fs.readFileSync(path.join(device.root, "var/log/sim-commands.log"), "utf8");
 }
 
 test("erasing the log partition asks for a reboot", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.goto(`${device.url}/config/settings/advanced`);
     await page.click("a[href='#advanced_configuration_tab']");
     assert.match(await page.textContent("label:has(#cfg_adv_erase_which_0)"), /^ Log Partition \(\d+\.\dGB free, \d+% used\)$/);
@@ -56,7 +38,7 @@ test("erasing the log partition asks for a reboot", async () => {
 });
 
 test("a changed web password is stored as its digest", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.goto(`${device.url}/config/settings/advanced`);
     await page.click("a[href='#advanced_password_tab']");
     await page.fill("#cfg_adv_passwd_web", "n3w 'pass\" $(word)");
@@ -72,7 +54,7 @@ test("a changed web password is stored as its digest", async () => {
 });
 
 test("a downloaded configuration listing restores with one key changed", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.goto(`${device.url}/config/settings/advanced`);
     await page.click("a[href='#advanced_configuration_tab']");
     const [download] = await Promise.all([page.waitForEvent("download"), page.click("#cfg_adv_backup")]);
@@ -99,7 +81,7 @@ test("a downloaded configuration listing restores with one key changed", async (
 });
 
 test("the system log tab polls tail_syslog only once it is shown", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.goto(`${device.url}/config/settings/advanced`);
     await page.waitForTimeout(2500);
     assert.deepEqual(page.rpcMethods, [], "no polling while the tab is hidden");

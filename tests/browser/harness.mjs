@@ -1,5 +1,6 @@
 // Browser test harness: a simulated device served by the real panelkit on a loopback port of the kernel's choice,
 // and Debian's chromium driven headless by playwright-core.
+import assert from "node:assert/strict";
 import { spawn, execFileSync } from "node:child_process";
 import fs from "node:fs";
 import os from "node:os";
@@ -170,4 +171,23 @@ export async function openPage(browser) {
   });
   page.problems = problems;
   return page;
+}
+
+// Runs body against a fresh simulated device and a page that records the status methods it calls
+// (page.rpcMethods); the page must end without script errors.
+export async function withDevice(browser, body) {
+  const device = await startDevice({ simulated: true });
+  try {
+    const page = await openPage(browser);
+    page.rpcMethods = [];
+    page.on("request", (request) => {
+      if (request.url().endsWith("/async/rpc")) {
+        page.rpcMethods.push(JSON.parse(request.postData()).method);
+      }
+    });
+    await body(device, page);
+    assert.deepEqual(page.problems, []);
+  } finally {
+    await device.stop();
+  }
 }

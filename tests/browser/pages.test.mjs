@@ -1,7 +1,7 @@
 // The General, Ethernet and DNS pages in chromium on a simulated device: saving, and the status tabs.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import { launchBrowser, openPage, startDevice } from "./harness.mjs";
+import { launchBrowser, withDevice } from "./harness.mjs";
 
 let browser;
 
@@ -12,24 +12,6 @@ before(async () => {
 after(async () => {
   await browser.close();
 });
-
-// Runs body against a fresh simulated device and a page that records its status requests.
-async function withDevice(body) {
-  const device = await startDevice({ simulated: true });
-  try {
-    const page = await openPage(browser);
-    page.rpcMethods = [];
-    page.on("request", (request) => {
-      if (request.url().endsWith("/async/rpc")) {
-        page.rpcMethods.push(JSON.parse(request.postData()).method);
-      }
-    });
-    await body(device, page);
-    assert.deepEqual(page.problems, []);
-  } finally {
-    await device.stop();
-  }
-}
 
 const addressRows = ["ipAddress", "netmask", "gateway"];
 
@@ -42,7 +24,7 @@ async function rowsVisible(page) {
 }
 
 test("the Ethernet page saved in DHCP mode hides the address rows and asks for a reboot", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.goto(`${device.url}/config/network/ethernet1`);
     assert.deepEqual(await rowsVisible(page), [true, true, true]);
     assert.equal(await page.locator("#alertsBox").isVisible(), false);
@@ -66,7 +48,7 @@ test("the Ethernet page saved in DHCP mode hides the address rows and asks for a
 });
 
 test("the Ethernet status tab fills from ethernet1_status only once it is shown", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.goto(`${device.url}/config/network/ethernet1`);
     await page.waitForTimeout(2500);
     assert.deepEqual(page.rpcMethods, [], "no polling while the status tab is hidden");
@@ -89,7 +71,7 @@ test("the Ethernet status tab fills from ethernet1_status only once it is shown"
 });
 
 test("a failing status request shows the error with its status", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.route("**/async/rpc", (route) => route.fulfill({ status: 500, body: "broken" }));
     await page.goto(`${device.url}/config/network/ethernet1`);
     await page.click("a[href='#status_tab']");
@@ -101,7 +83,7 @@ test("a failing status request shows the error with its status", async () => {
 });
 
 test("the DNS page saves its fields and shows the resolver file", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.goto(`${device.url}/config/network/dns_server`);
     assert.equal(await page.inputValue("#cfg_eth1_dns0"), "8.8.8.8");
     await page.fill("#cfg_eth1_dns0", "9.9.9.9");
@@ -127,7 +109,7 @@ test("the DNS page saves its fields and shows the resolver file", async () => {
 });
 
 test("the General status tab shows date, uptime, temperature and processes", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.goto(`${device.url}/config/settings/general`);
     assert.equal(await page.inputValue("#cfg_grl_device_name"), "fieldrouter");
     assert.match(await page.textContent("#general_config"), /A123456789/);
@@ -143,7 +125,7 @@ test("the General status tab shows date, uptime, temperature and processes", asy
 });
 
 test("the General page saves the device name", async () => {
-  await withDevice(async (device, page) => {
+  await withDevice(browser, async (device, page) => {
     await page.goto(`${device.url}/config/settings/general`);
     await page.fill("#cfg_grl_device_name", "excavator-router");
     await Promise.all([page.waitForNavigation(), page.click("#cfg_grl_save")]);
