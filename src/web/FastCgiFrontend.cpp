@@ -12,6 +12,7 @@
 
 #include <Poco/String.h>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <fstream>
 #include <mutex>
@@ -64,7 +65,8 @@ void CopyHeaders(const FCGX_Request& in, Request& request)
     }
 }
 
-// Reads the request body straight from the FastCGI stream.
+// Reads the request body straight from the FastCGI stream; large reads (an upload's blocks) go from
+// libfcgi's record buffer into the reader's memory in one call.
 class InputBuffer : public std::streambuf {
 public:
     explicit InputBuffer(FCGX_Stream* in) : in_(in) {}
@@ -77,6 +79,17 @@ protected:
             return traits_type::eof();
         setg(buffer_, buffer_, buffer_ + got);
         return traits_type::to_int_type(buffer_[0]);
+    }
+
+    std::streamsize xsgetn(char* to, std::streamsize count) override
+    {
+        const std::streamsize buffered = std::min<std::streamsize>(count, egptr() - gptr());
+        if (buffered > 0) {
+            traits_type::copy(to, gptr(), static_cast<std::size_t>(buffered));
+            gbump(static_cast<int>(buffered));
+        }
+        const auto want = static_cast<int>(std::min<std::streamsize>(count - buffered, 1 << 30));
+        return buffered + (want > 0 ? std::max(FCGX_GetStr(to + buffered, want, in_), 0) : 0);
     }
 
 private:

@@ -11,7 +11,6 @@
 
 #include <Poco/Exception.h>
 #include <Poco/Net/HTTPChunkedStream.h>
-#include <Poco/Net/HTTPFixedLengthStream.h>
 #include <Poco/Net/HTTPHeaderStream.h>
 #include <Poco/Net/HTTPRequest.h>
 #include <Poco/Net/HTTPServerParams.h>
@@ -28,6 +27,7 @@
 #include <sys/socket.h>
 #include <sys/uio.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
 #include <mutex>
@@ -47,6 +47,69 @@ class Session : public Poco::Net::HTTPServerSession {
 public:
     using HTTPServerSession::HTTPServerSession;
     using HTTPServerSession::peek;
+    using HTTPServerSession::read;
+};
+
+// A body of a declared length, read from the session: what the session holds first, then the socket.
+// Large reads (an upload's blocks) go straight into the reader's memory, in as few receives as the
+// socket allows.
+class FixedLengthBody : public std::streambuf {
+public:
+    FixedLengthBody(Session& session, std::int64_t length) : session_(session), left_(length) {}
+
+protected:
+    int_type underflow() override
+    {
+        const std::streamsize got = _Receive(buffer_, sizeof buffer_);
+        if (got <= 0)
+            return traits_type::eof();
+        setg(buffer_, buffer_, buffer_ + got);
+        return traits_type::to_int_type(buffer_[0]);
+    }
+
+    std::streamsize xsgetn(char* to, std::streamsize count) override
+    {
+        std::streamsize done = std::min<std::streamsize>(count, egptr() - gptr());
+        if (done > 0) {
+            traits_type::copy(to, gptr(), static_cast<std::size_t>(done));
+            gbump(static_cast<int>(done));
+        }
+        while (done < count) {
+            const std::streamsize got = _Receive(to + done, count - done);
+            if (got <= 0)
+                break;
+            done += got;
+        }
+        return done;
+    }
+
+private:
+    std::streamsize _Receive(char* to, std::streamsize count)
+    {
+        const std::int64_t want = std::min<std::int64_t>({count, left_, 1 << 30});
+        if (want <= 0)
+            return 0;
+        const int got = session_.read(to, want);
+        if (got > 0)
+            left_ -= got;
+        return got;
+    }
+
+    Session& session_;
+    std::int64_t left_;
+    char buffer_[8192];
+};
+
+// The stream of a FixedLengthBody.
+class FixedLengthStream : public std::istream {
+public:
+    FixedLengthStream(Session& session, std::int64_t length) : std::istream(nullptr), body_(session, length)
+    {
+        rdbuf(&body_);
+    }
+
+private:
+    FixedLengthBody body_;
 };
 
 // Writes every byte of the pieces in as few system calls as the socket allows; false when the
@@ -126,17 +189,18 @@ bool Send(Poco::Net::StreamSocket& socket, const Response& reply, bool keepAlive
     return true;
 }
 
-// The body of the request as POCO's stream classes read it from the session; length is the
-// declared Content-Length, -1 when none.
+// The body of the request as read from the session; length is the declared Content-Length, -1 when
+// none. Chunked bodies and bodies ending with the connection (no browser sends an upload so) are
+// read by POCO's stream classes.
 std::unique_ptr<std::istream> BodyOf(const Poco::Net::HTTPRequest& head, std::int64_t length, Session& session)
 {
     if (head.getChunkedTransferEncoding())
         return std::make_unique<Poco::Net::HTTPChunkedInputStream>(session);
     if (length >= 0)
-        return std::make_unique<Poco::Net::HTTPFixedLengthInputStream>(session, length);
+        return std::make_unique<FixedLengthStream>(session, length);
     const std::string& method = head.getMethod();
     if (method == "GET" || method == "HEAD" || method == "DELETE")
-        return std::make_unique<Poco::Net::HTTPFixedLengthInputStream>(session, 0);
+        return std::make_unique<FixedLengthStream>(session, 0);
     // No length and not chunked: the body ends when the client closes its side.
     return std::make_unique<Poco::Net::HTTPInputStream>(session);
 }

@@ -18,6 +18,8 @@ struct UploadedFile {
     std::uint64_t size = 0;
     /// The temporary file holding the content; removed with the request unless moved away.
     std::string path;
+    /// The SHA-256 of the content, taken while it streamed in: 64 lowercase hexadecimal digits.
+    std::string sha256;
 };
 
 }  // namespace panelkit::web
