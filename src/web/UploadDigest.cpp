@@ -6,10 +6,28 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sys/mman.h>
 
 namespace panelkit::web {
 
-UploadDigest::UploadDigest() : context_(EVP_MD_CTX_new(), &EVP_MD_CTX_free), ring_(new char[kRing])
+namespace {
+
+char* MapRing()
+{
+    void* ring = ::mmap(nullptr, UploadDigest::kRing, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (ring == MAP_FAILED)
+        throw Error("no memory for the digest of an upload");
+    return static_cast<char*>(ring);
+}
+
+}  // namespace
+
+void UploadDigest::Unmap::operator()(char* ring) const
+{
+    ::munmap(ring, kRing);
+}
+
+UploadDigest::UploadDigest() : context_(EVP_MD_CTX_new(), &EVP_MD_CTX_free), ring_(MapRing())
 {
     if (!context_ || EVP_DigestInit_ex(context_.get(), EVP_sha256(), nullptr) != 1)
         throw Error("no SHA-256 from OpenSSL");

@@ -33,11 +33,16 @@ public:
     std::string Finish();
 
 private:
+    // Gives the ring back to the system at once, not to a thread's allocator arena to keep.
+    struct Unmap {
+        void operator()(char* ring) const;
+    };
+
     void _Run();
     void _Close();
 
     std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context_;
-    std::unique_ptr<char[]> ring_;
+    std::unique_ptr<char, Unmap> ring_;
     std::mutex lock_;
     // The thread waits for bytes or the end; Update waits for room.
     std::condition_variable more_;
