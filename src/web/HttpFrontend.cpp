@@ -1,5 +1,5 @@
 // panelkit web layer: the internal HTTP server front end: HTTP/1.1 with keep-alive on POCO's TCP
-// server, reading requests through POCO's HTTP message and stream classes.
+// server, reading request heads through POCO's HTTP message classes and bodies from its session.
 #include "web/HttpFrontend.h"
 
 #include "web/Listener.h"

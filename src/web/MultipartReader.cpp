@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t kHeaderLimit = 16 * 1024;
 // As many parts as the form reader of the urlencoded bodies takes fields.
 constexpr int kPartLimit = 100;
-// A boundary has at most 70 characters; the form reader this one replaced took up to 128.
+// A boundary has at most 70 characters; longer ones are taken up to 128, as leniently as POCO takes them.
 constexpr std::size_t kBoundaryLimit = 128;
 
 // Why the body was refused, as the status to answer with.

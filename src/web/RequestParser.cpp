@@ -55,7 +55,8 @@ private:
             return 0;
         // One byte past the limit tells an over-long body from one that fits exactly.
         const std::uint64_t room = limit_ - consumed_ + 1;
-        source_.read(to, static_cast<std::streamsize>(std::min<std::uint64_t>(room, static_cast<std::uint64_t>(count))));
+        const std::uint64_t want = std::min<std::uint64_t>(room, static_cast<std::uint64_t>(count));
+        source_.read(to, static_cast<std::streamsize>(want));
         const std::streamsize got = source_.gcount();
         consumed_ += static_cast<std::uint64_t>(got);
         if (consumed_ > limit_) {

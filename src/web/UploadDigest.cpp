@@ -51,8 +51,11 @@ void UploadDigest::Update(const char* data, std::size_t size)
         std::memcpy(ring_.get() + at, data, count);
         guard.lock();
         given_ += count;
+        // Woken for a batch, the thread costs a switch per batch rather than per piece.
+        const bool batch = given_ - taken_ >= kBatch;
         guard.unlock();
-        more_.notify_one();
+        if (batch)
+            more_.notify_one();
         data += count;
         size -= count;
     }
@@ -77,7 +80,7 @@ void UploadDigest::_Run()
 {
     for (;;) {
         std::unique_lock<std::mutex> guard(lock_);
-        more_.wait(guard, [this] { return given_ > taken_ || closed_; });
+        more_.wait(guard, [this] { return given_ - taken_ >= kBatch || closed_; });
         if (given_ == taken_)
             return;
         const std::size_t at = taken_ % kRing;

@@ -19,8 +19,10 @@ class UploadDigest {
 public:
     /// Bytes the thread may be behind.
     static constexpr std::size_t kRing = 1024 * 1024;
+    /// Bytes the thread waits for before it hashes, unless the digest is finishing.
+    static constexpr std::size_t kBatch = kRing / 4;
 
-    /// Starts the thread; throws web::Error when OpenSSL has no SHA-256.
+    /// Starts the thread; throws web::Error without memory for the ring or a SHA-256 from OpenSSL.
     UploadDigest();
     /// Lets the thread take what it was given and ends it.
     ~UploadDigest();

@@ -241,7 +241,8 @@ TEST_F(MultipartRead, BodyOpeningWithoutALineBreakBeforeTheFirstBoundaryIsRead)
 
 TEST_F(MultipartRead, PaddingAfterABoundaryIsAllowed)
 {
-    const std::string body = "--" + kBoundary + " \t\r\nContent-Disposition: form-data; name=\"a\"\r\n\r\n1\r\n" + Closing();
+    const std::string body =
+        "--" + kBoundary + " \t\r\nContent-Disposition: form-data; name=\"a\"\r\n\r\n1\r\n" + Closing();
     ASSERT_EQ(0, Read(body)) << message_;
     EXPECT_EQ("1", fields_.get("a"));
 }
