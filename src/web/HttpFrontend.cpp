@@ -2,6 +2,7 @@
 // server, reading request heads through POCO's HTTP message classes and bodies from its session.
 #include "web/HttpFrontend.h"
 
+#include "web/RequestBodyBuffer.h"
 #include "web/Listener.h"
 #include "web/Log.h"
 #include "web/Request.h"
@@ -50,41 +51,14 @@ public:
     using HTTPServerSession::read;
 };
 
-// A body of a declared length, read from the session: what the session holds first, then the socket.
-// Large reads (an upload's blocks) go straight into the reader's memory, in as few receives as the
-// socket allows.
-class FixedLengthBody : public std::streambuf {
+// A body of a declared length, read from the session: what the session holds first, then the socket,
+// in as few receives as the socket allows.
+class FixedLengthBody : public RequestBodyBuffer {
 public:
     FixedLengthBody(Session& session, std::int64_t length) : session_(session), left_(length) {}
 
 protected:
-    int_type underflow() override
-    {
-        const std::streamsize got = _Receive(buffer_, sizeof buffer_);
-        if (got <= 0)
-            return traits_type::eof();
-        setg(buffer_, buffer_, buffer_ + got);
-        return traits_type::to_int_type(buffer_[0]);
-    }
-
-    std::streamsize xsgetn(char* to, std::streamsize count) override
-    {
-        std::streamsize done = std::min<std::streamsize>(count, egptr() - gptr());
-        if (done > 0) {
-            traits_type::copy(to, gptr(), static_cast<std::size_t>(done));
-            gbump(static_cast<int>(done));
-        }
-        while (done < count) {
-            const std::streamsize got = _Receive(to + done, count - done);
-            if (got <= 0)
-                break;
-            done += got;
-        }
-        return done;
-    }
-
-private:
-    std::streamsize _Receive(char* to, std::streamsize count)
+    std::streamsize Receive(char* to, std::streamsize count) override
     {
         const std::int64_t want = std::min<std::int64_t>({count, left_, 1 << 30});
         if (want <= 0)
@@ -95,9 +69,9 @@ private:
         return got;
     }
 
+private:
     Session& session_;
     std::int64_t left_;
-    char buffer_[8192];
 };
 
 // The stream of a FixedLengthBody.

@@ -1,6 +1,7 @@
 // panelkit web layer: reads query, form fields, uploads and bodies into a Request, within the limits.
 #include "web/RequestParser.h"
 
+#include "web/RequestBodyBuffer.h"
 #include "web/MultipartReader.h"
 #include "web/Request.h"
 
@@ -21,37 +22,16 @@ std::string TooLarge(std::uint64_t limit)
     return "The request body is larger than the limit of " + std::to_string(limit) + " bytes";
 }
 
-// Reads through to the source but stops at limit bytes, remembering that there was more. Large reads
-// go straight from the source into the reader's memory.
-class LimitedBuffer : public std::streambuf {
+// Reads through to the source but stops at limit bytes, remembering that there was more.
+class LimitedBuffer : public RequestBodyBuffer {
 public:
     LimitedBuffer(std::istream& source, std::uint64_t limit) : source_(source), limit_(limit) {}
     bool exceeded() const { return exceeded_; }
 
 protected:
-    int_type underflow() override
+    std::streamsize Receive(char* to, std::streamsize count) override
     {
-        const std::streamsize got = _Read(buffer_, sizeof buffer_);
-        if (got <= 0)
-            return traits_type::eof();
-        setg(buffer_, buffer_, buffer_ + got);
-        return traits_type::to_int_type(buffer_[0]);
-    }
-
-    std::streamsize xsgetn(char* to, std::streamsize count) override
-    {
-        const std::streamsize buffered = std::min<std::streamsize>(count, egptr() - gptr());
-        if (buffered > 0) {
-            traits_type::copy(to, gptr(), static_cast<std::size_t>(buffered));
-            gbump(static_cast<int>(buffered));
-        }
-        return buffered + std::max<std::streamsize>(_Read(to + buffered, count - buffered), 0);
-    }
-
-private:
-    std::streamsize _Read(char* to, std::streamsize count)
-    {
-        if (exceeded_ || count <= 0)
+        if (exceeded_)
             return 0;
         // One byte past the limit tells an over-long body from one that fits exactly.
         const std::uint64_t room = limit_ - consumed_ + 1;
@@ -66,11 +46,11 @@ private:
         return got;
     }
 
+private:
     std::istream& source_;
     std::uint64_t limit_;
     std::uint64_t consumed_ = 0;
     bool exceeded_ = false;
-    char buffer_[8192];
 };
 
 // Form values in URL encoding, through POCO's reader; 0, or 400 and the message.
