@@ -1,6 +1,7 @@
 // panelkit web layer: the FastCGI front end (libfcgi), for running behind the device's web server.
 #include "web/FastCgiFrontend.h"
 
+#include "web/RequestBodyBuffer.h"
 #include "web/Listener.h"
 #include "web/Log.h"
 #include "web/Request.h"
@@ -12,6 +13,7 @@
 
 #include <Poco/String.h>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <fstream>
 #include <mutex>
@@ -65,23 +67,19 @@ void CopyHeaders(const FCGX_Request& in, Request& request)
 }
 
 // Reads the request body straight from the FastCGI stream.
-class InputBuffer : public std::streambuf {
+class InputBuffer : public RequestBodyBuffer {
 public:
     explicit InputBuffer(FCGX_Stream* in) : in_(in) {}
 
 protected:
-    int_type underflow() override
+    std::streamsize Receive(char* to, std::streamsize count) override
     {
-        const int got = FCGX_GetStr(buffer_, sizeof buffer_, in_);
-        if (got <= 0)
-            return traits_type::eof();
-        setg(buffer_, buffer_, buffer_ + got);
-        return traits_type::to_int_type(buffer_[0]);
+        const auto want = static_cast<int>(std::min<std::streamsize>(count, 1 << 30));
+        return std::max(FCGX_GetStr(to, want, in_), 0);
     }
 
 private:
     FCGX_Stream* in_;
-    char buffer_[8192];
 };
 
 void Put(FCGX_Stream* out, const std::string& text)

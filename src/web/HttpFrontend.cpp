@@ -1,7 +1,8 @@
 // panelkit web layer: the internal HTTP server front end: HTTP/1.1 with keep-alive on POCO's TCP
-// server, reading requests through POCO's HTTP message and stream classes.
+// server, reading request heads through POCO's HTTP message classes and bodies from its session.
 #include "web/HttpFrontend.h"
 
+#include "web/RequestBodyBuffer.h"
 #include "web/Listener.h"
 #include "web/Log.h"
 #include "web/Request.h"
@@ -11,7 +12,6 @@
 
 #include <Poco/Exception.h>
 #include <Poco/Net/HTTPChunkedStream.h>
-#include <Poco/Net/HTTPFixedLengthStream.h>
 #include <Poco/Net/HTTPHeaderStream.h>
 #include <Poco/Net/HTTPRequest.h>
 #include <Poco/Net/HTTPServerParams.h>
@@ -48,6 +48,42 @@ class Session : public Poco::Net::HTTPServerSession {
 public:
     using HTTPServerSession::HTTPServerSession;
     using HTTPServerSession::peek;
+    using HTTPServerSession::read;
+};
+
+// A body of a declared length, read from the session: what the session holds first, then the socket,
+// in as few receives as the socket allows.
+class FixedLengthBody : public RequestBodyBuffer {
+public:
+    FixedLengthBody(Session& session, std::int64_t length) : session_(session), left_(length) {}
+
+protected:
+    std::streamsize Receive(char* to, std::streamsize count) override
+    {
+        const std::int64_t want = std::min<std::int64_t>({count, left_, 1 << 30});
+        if (want <= 0)
+            return 0;
+        const int got = session_.read(to, want);
+        if (got > 0)
+            left_ -= got;
+        return got;
+    }
+
+private:
+    Session& session_;
+    std::int64_t left_;
+};
+
+// The stream of a FixedLengthBody.
+class FixedLengthStream : public std::istream {
+public:
+    FixedLengthStream(Session& session, std::int64_t length) : std::istream(nullptr), body_(session, length)
+    {
+        rdbuf(&body_);
+    }
+
+private:
+    FixedLengthBody body_;
 };
 
 // Writes every byte of the pieces in as few system calls as the socket allows; false when the
@@ -133,17 +169,18 @@ bool Send(Poco::Net::StreamSocket& socket, const Response& reply, bool keepAlive
     return true;
 }
 
-// The body of the request as POCO's stream classes read it from the session; length is the
-// declared Content-Length, -1 when none.
+// The body of the request as read from the session; length is the declared Content-Length, -1 when
+// none. Chunked bodies and bodies ending with the connection (no browser sends an upload so) are
+// read by POCO's stream classes.
 std::unique_ptr<std::istream> BodyOf(const Poco::Net::HTTPRequest& head, std::int64_t length, Session& session)
 {
     if (head.getChunkedTransferEncoding())
         return std::make_unique<Poco::Net::HTTPChunkedInputStream>(session);
     if (length >= 0)
-        return std::make_unique<Poco::Net::HTTPFixedLengthInputStream>(session, length);
+        return std::make_unique<FixedLengthStream>(session, length);
     const std::string& method = head.getMethod();
     if (method == "GET" || method == "HEAD" || method == "DELETE")
-        return std::make_unique<Poco::Net::HTTPFixedLengthInputStream>(session, 0);
+        return std::make_unique<FixedLengthStream>(session, 0);
     // No length and not chunked: the body ends when the client closes its side.
     return std::make_unique<Poco::Net::HTTPInputStream>(session);
 }

@@ -16,10 +16,10 @@ struct UploadedFile {
     std::string mime;
     /// Bytes received.
     std::uint64_t size = 0;
-    /// The SHA-256 of the content, 64 lowercase hexadecimal digits.
-    std::string sha256;
     /// The temporary file holding the content; removed with the request unless moved away.
     std::string path;
+    /// The SHA-256 of the content, taken while it streamed in: 64 lowercase hexadecimal digits.
+    std::string sha256;
 };
 
 }  // namespace panelkit::web

@@ -22,6 +22,10 @@ Lighttpd::Lighttpd(const std::string& fastcgiSocket, const std::vector<std::stri
          << "server.bind = \"127.0.0.1\"\n"
          << "server.port = " << port_ << "\n"
          << "server.errorlog = \"" << work_.path() << "/error.log\"\n"
+         // Request bodies stream to panelkit as deploy/lighttpd.conf has them, through temporary
+         // files of the work folder.
+         << "server.stream-request-body = 2\n"
+         << "server.upload-dirs = ( \"" << work_.path() << "\" )\n"
          << "server.modules = (\"mod_fastcgi\")\n"
          << "fastcgi.server = (\n";
     for (const auto& prefix : prefixes)

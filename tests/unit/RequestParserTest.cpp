@@ -81,6 +81,7 @@ TEST_F(Parser, UploadsAreStreamedToAFileThatGoesWithTheRequest)
         EXPECT_EQ("fw.bin", file->filename);
         EXPECT_EQ("application/x-firmware", file->mime);
         EXPECT_EQ(10u, file->size);
+        EXPECT_EQ("84d89877f0d4041efb6bf91a16f0248f2fd573e6af05c19f96bedb9f882f7882", file->sha256);
         EXPECT_EQ(0u, file->path.rfind(uploads_.path() + "/", 0));
         path = file->path;
         EXPECT_EQ("0123456789", uploads_.read(path.substr(uploads_.path().size() + 1)));
@@ -108,6 +109,30 @@ TEST_F(Parser, UndeclaredLengthOverTheLimitIs413AndStoresNothing)
     EXPECT_EQ(413, Parse(upload, "POST", "", "multipart/form-data; boundary=XyZ", Upload(std::string(600, 'f')), false));
     EXPECT_TRUE(upload.files().empty());
     EXPECT_EQ(0u, FilesLeft());
+}
+
+TEST_F(Parser, LargeFieldInAMultipartBodyIsBoundByTheContentLengthLimit)
+{
+    const std::string body = "--XyZ\r\nContent-Disposition: form-data; name=\"note\"\r\n\r\n" + std::string(100, 'n') +
+                             "\r\n" + Upload("abc");
+    Request request;
+    EXPECT_EQ(413, Parse(request, "POST", "", "multipart/form-data; boundary=XyZ", body));
+    EXPECT_EQ("The form field \"note\" is larger than the limit of 64 bytes", problem_);
+    EXPECT_TRUE(request.files().empty());
+    EXPECT_EQ("", request.post("note"));
+    EXPECT_EQ(0u, FilesLeft());
+}
+
+TEST_F(Parser, BrokenOffUploadIsMalformedAndLeavesNoFile)
+{
+    const std::string body = Upload(std::string(300, 'f'));
+    for (const std::size_t cut : {body.size() / 2, body.size() - 3}) {
+        Request request;
+        EXPECT_EQ(400, Parse(request, "POST", "", "multipart/form-data; boundary=XyZ", body.substr(0, cut), false));
+        EXPECT_EQ("Malformed request body: the body ends before its closing boundary", problem_);
+        EXPECT_TRUE(request.files().empty());
+        EXPECT_EQ(0u, FilesLeft());
+    }
 }
 
 TEST_F(Parser, BodyExactlyAtTheLimitIsAccepted)
