@@ -24,15 +24,7 @@ protected:
     // Posts the fields as the page's multipart forms send them.
     HttpReply Post(const std::vector<std::pair<std::string, std::string>>& fields)
     {
-        const FormToken form = OpenForm(server_.port(), kAdvanced);
-        const std::string boundary = "b0undaryAdvanced";
-        std::string body;
-        auto all = fields;
-        all.emplace_back("_csrf", form.token);
-        for (const auto& [name, value] : all)
-            body += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value + "\r\n";
-        body += "--" + boundary + "--\r\n";
-        return Http(server_.port(), "POST", kAdvanced, body, "multipart/form-data; boundary=" + boundary, form.headers());
+        return PostForm(server_.port(), kAdvanced, fields, {}, true);
     }
 
     // The most memory the service has held so far, in KiB.

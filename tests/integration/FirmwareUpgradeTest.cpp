@@ -28,15 +28,7 @@ protected:
 
     HttpReply Upload(const std::string& name, const std::string& content)
     {
-        const FormToken form = OpenForm(server_.port(), "/config/settings/firmware");
-        const std::string boundary = "----fwBoundary";
-        const std::string body = "--" + boundary + "\r\nContent-Disposition: form-data; name=\"_csrf\"\r\n\r\n" +
-                                 form.token + "\r\n--" + boundary +
-                                 "\r\nContent-Disposition: form-data; name=\"fwupload\"; filename=\"" + name +
-                                 "\"\r\nContent-Type: application/octet-stream\r\n\r\n" + content + "\r\n--" +
-                                 boundary + "--\r\n";
-        return Http(server_.port(), "POST", "/config/settings/firmware", body,
-                    "multipart/form-data; boundary=" + boundary, form.headers());
+        return PostForm(server_.port(), "/config/settings/firmware", {}, {{"fwupload", name, content}});
     }
 
     std::string ToolStatus()

@@ -6,6 +6,7 @@
 #include <Poco/Net/HTTPResponse.h>
 #include <Poco/StreamCopier.h>
 #include <Poco/String.h>
+#include <Poco/URI.h>
 
 namespace panelkit::test {
 
@@ -49,6 +50,31 @@ FormToken OpenForm(int port, const std::string& path)
         return {};
     const std::string token = setCookie.substr(at + name.size(), setCookie.find(';', at) - at - name.size());
     return {name + token, token};
+}
+
+HttpReply PostForm(int port, const std::string& path, const std::vector<std::pair<std::string, std::string>>& fields,
+                   const std::vector<FormFile>& files, bool multipart)
+{
+    const FormToken form = OpenForm(port, path);
+    auto all = fields;
+    all.emplace_back("_csrf", form.token);
+    std::string body;
+    if (!multipart && files.empty()) {
+        for (const auto& [name, value] : all) {
+            std::string encoded;
+            Poco::URI::encode(value, "&=+;", encoded);
+            body += (body.empty() ? "" : "&") + name + "=" + encoded;
+        }
+        return Http(port, "POST", path, body, "application/x-www-form-urlencoded", form.headers());
+    }
+    const std::string boundary = "----panelkitFormBoundary";
+    for (const auto& [name, value] : all)
+        body += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value + "\r\n";
+    for (const auto& file : files)
+        body += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + file.field + "\"; filename=\"" +
+                file.filename + "\"\r\nContent-Type: " + file.mime + "\r\n\r\n" + file.content + "\r\n";
+    body += "--" + boundary + "--\r\n";
+    return Http(port, "POST", path, body, "multipart/form-data; boundary=" + boundary, form.headers());
 }
 
 HttpReply Get(int port, const std::string& path)

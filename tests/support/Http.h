@@ -3,6 +3,8 @@
 
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace panelkit::test {
 
@@ -28,6 +30,19 @@ struct FormToken {
 
 /// GETs a page and takes the form token from its cookie; empty when none was set.
 FormToken OpenForm(int port, const std::string& path);
+
+/// A file sent with a multipart form.
+struct FormFile {
+    std::string field;
+    std::string filename;
+    std::string content;
+    std::string mime = "application/octet-stream";
+};
+
+/// GETs the page for its form token, then posts the fields (and files) as a browser sends the page's
+/// form: multipart when asked or when there are files, URL-encoded otherwise.
+HttpReply PostForm(int port, const std::string& path, const std::vector<std::pair<std::string, std::string>>& fields,
+                   const std::vector<FormFile>& files = {}, bool multipart = false);
 
 /// A GET request.
 HttpReply Get(int port, const std::string& path);
