@@ -115,20 +115,8 @@ void MultipartReader::_SkipPreamble()
     buffer_[0] = '\r';
     buffer_[1] = '\n';
     end_ = 2;
-    const std::size_t keep = delimiter_.size() - 1;
-    for (;;) {
-        const char* window = buffer_.data() + begin_;
-        const std::size_t size = end_ - begin_;
-        const auto* hit = static_cast<const char*>(::memmem(window, size, delimiter_.data(), delimiter_.size()));
-        if (hit) {
-            begin_ += static_cast<std::size_t>(hit - window) + delimiter_.size();
-            return;
-        }
-        if (size > keep)
-            begin_ = end_ - keep;
-        if (!_Fill())
-            throw Malformed("No boundary line found");
-    }
+    if (!_ReadToDelimiter([](const char*, std::size_t) {}))
+        throw Malformed("No boundary line found");
 }
 
 bool MultipartReader::_ClosingDelimiter()
@@ -238,6 +226,12 @@ void MultipartReader::_ReadField(const std::string& name, Poco::Net::NameValueCo
 
 void MultipartReader::_ReadContent(const Sink& sink)
 {
+    if (!_ReadToDelimiter(sink))
+        throw EndsEarly();
+}
+
+bool MultipartReader::_ReadToDelimiter(const Sink& sink)
+{
     // Everything before the next delimiter; its last bytes but one may begin a delimiter that the
     // next block completes, so they stay until then.
     const std::size_t keep = delimiter_.size() - 1;
@@ -250,14 +244,14 @@ void MultipartReader::_ReadContent(const Sink& sink)
             if (length > 0)
                 sink(window, length);
             begin_ += length + delimiter_.size();
-            return;
+            return true;
         }
         if (size > keep) {
             sink(window, size - keep);
             begin_ = end_ - keep;
         }
         if (!_Fill())
-            throw EndsEarly();
+            return false;
     }
 }
 

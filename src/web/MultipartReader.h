@@ -44,6 +44,7 @@ private:
     void _ReadFile(UploadedFile file, std::vector<UploadedFile>& files);
     void _ReadField(const std::string& name, Poco::Net::NameValueCollection& fields);
     void _ReadContent(const Sink& sink);
+    bool _ReadToDelimiter(const Sink& sink);
     void _SkipEpilogue();
     bool _Need(std::size_t count);
     bool _Fill();

@@ -1,11 +1,11 @@
 // The multipart reader: parts split at every block edge, names as browsers quote them, broken and
 // oversized bodies, and the SHA-256 of every file against OpenSSL's one-shot digest.
+#include "Digests.h"
 #include "TempDir.h"
 #include "web/MultipartReader.h"
 
 #include <gtest/gtest.h>
 
-#include <openssl/evp.h>
 
 #include <Poco/File.h>
 
@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 using namespace panelkit::web;
+using panelkit::test::Sha256Hex;
 using panelkit::test::TempDir;
 
 namespace {
@@ -42,20 +43,6 @@ private:
     std::size_t step_;
     std::size_t at_ = 0;
 };
-
-std::string Sha256(const std::string& data)
-{
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    EVP_Digest(data.data(), data.size(), digest, &length, EVP_sha256(), nullptr);
-    std::string hex;
-    static const char digits[] = "0123456789abcdef";
-    for (unsigned int i = 0; i < length; ++i) {
-        hex.push_back(digits[digest[i] >> 4]);
-        hex.push_back(digits[digest[i] & 15]);
-    }
-    return hex;
-}
 
 std::string RandomBytes(std::size_t size, unsigned seed)
 {
@@ -147,7 +134,7 @@ TEST_F(MultipartRead, PartsSplitAtEveryBlockEdgeReadTheSame)
             ASSERT_EQ(1u, files_.size()) << "block " << block << ", step " << step;
             EXPECT_EQ(content.size(), files_[0].size) << "block " << block << ", step " << step;
             EXPECT_EQ(content, Content(files_[0])) << "block " << block << ", step " << step;
-            EXPECT_EQ(Sha256(content), files_[0].sha256) << "block " << block << ", step " << step;
+            EXPECT_EQ(Sha256Hex(content), files_[0].sha256) << "block " << block << ", step " << step;
         }
     }
 }
@@ -171,7 +158,7 @@ TEST_F(MultipartRead, SeveralFilesAndFieldsArriveInOrder)
     EXPECT_EQ("second", files_[1].field);
     EXPECT_EQ("text/plain", files_[1].mime);
     EXPECT_EQ("BB\r\n", Content(files_[1]));
-    EXPECT_EQ(Sha256("BB\r\n"), files_[1].sha256);
+    EXPECT_EQ(Sha256Hex("BB\r\n"), files_[1].sha256);
     EXPECT_NE(files_[0].path, files_[1].path);
 }
 
@@ -217,7 +204,7 @@ TEST_F(MultipartRead, FileOfManyBlocksIsStoredWholeWithItsDigest)
     ASSERT_EQ(1u, files_.size());
     EXPECT_EQ(content.size(), files_[0].size);
     EXPECT_TRUE(content == Content(files_[0])) << "the stored file differs from what was sent";
-    EXPECT_EQ(Sha256(content), files_[0].sha256);
+    EXPECT_EQ(Sha256Hex(content), files_[0].sha256);
 }
 
 TEST_F(MultipartRead, PreambleAndEpilogueAreSkipped)

@@ -1,31 +1,13 @@
 // The SHA-256 taken on its own thread: the same digest as OpenSSL's one-shot one, however the bytes come.
+#include "Digests.h"
 #include "web/UploadDigest.h"
 
 #include <gtest/gtest.h>
 
-#include <openssl/evp.h>
-
 #include <random>
 
+using panelkit::test::Sha256Hex;
 using panelkit::web::UploadDigest;
-
-namespace {
-
-std::string OneShot(const std::string& data)
-{
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    EVP_Digest(data.data(), data.size(), digest, &length, EVP_sha256(), nullptr);
-    std::string hex;
-    static const char digits[] = "0123456789abcdef";
-    for (unsigned int i = 0; i < length; ++i) {
-        hex.push_back(digits[digest[i] >> 4]);
-        hex.push_back(digits[digest[i] & 15]);
-    }
-    return hex;
-}
-
-}  // namespace
 
 TEST(UploadDigest, KnownDigestsOfShortTexts)
 {
@@ -50,5 +32,5 @@ TEST(UploadDigest, PiecesOfAnySizeAcrossTheRingGiveTheOneShotDigest)
         digest.Update(data.data() + at, count);
         at += count;
     }
-    EXPECT_EQ(OneShot(data), digest.Finish());
+    EXPECT_EQ(Sha256Hex(data), digest.Finish());
 }

@@ -1,12 +1,12 @@
 // The Advanced page: remote access switches, passwords, erasing, the configuration listing and its restore,
 // and the log downloads, on a simulated device.
+#include "Digests.h"
 #include "PageFixture.h"
 
 #include "pages/Advanced.h"
 #include "util/Pardb.h"
 
 #include <crypt.h>
-#include <openssl/evp.h>
 #include <Poco/File.h>
 
 #include <cstdlib>
@@ -31,20 +31,6 @@ Fields Administration(const Fields& changes = {})
     fields.insert(fields.end(), changes.begin(), changes.end());
     fields.emplace_back("submit", "Save");
     return fields;
-}
-
-std::string Md5Hex(const std::string& text)
-{
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    EVP_Digest(text.data(), text.size(), digest, &length, EVP_md5(), nullptr);
-    char hex[3];
-    std::string out;
-    for (unsigned int i = 0; i < length; ++i) {
-        std::snprintf(hex, sizeof hex, "%02x", digest[i]);
-        out += hex;
-    }
-    return out;
 }
 
 // True when crypt(3) gives the hash again for the password: the hash is the password's.

@@ -1,9 +1,8 @@
 // The Firmware page: versions, the image checks, the hand-over to the upgrade, and the progress page.
+#include "Digests.h"
 #include "LockHolder.h"
 #include "PageFixture.h"
 #include "util/FlagFiles.h"
-
-#include <openssl/sha.h>
 
 #include <cstdlib>
 #include <dirent.h>
@@ -20,18 +19,6 @@ namespace {
 
 const std::string kMagic("\xD0\x0D\xFE\xED", 4);
 
-std::string Sha256(const std::string& bytes)
-{
-    unsigned char digest[SHA256_DIGEST_LENGTH];
-    ::SHA256(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), digest);
-    static const char hex[] = "0123456789abcdef";
-    std::string text;
-    for (unsigned char b : digest) {
-        text += hex[b >> 4];
-        text += hex[b & 15];
-    }
-    return text;
-}
 constexpr std::uint64_t kLargest = 314572800;
 
 class FirmwarePage : public PageFixture {
@@ -169,7 +156,7 @@ TEST_F(FirmwarePage, AnItbImageStartsTheUpgrade)
     bytes << in.rdbuf();
     EXPECT_EQ(65536u * 3 + 7, bytes.str().size());
     EXPECT_EQ(kMagic + "FIT image", bytes.str().substr(0, 13));
-    EXPECT_THAT(reply.body, HasSubstr("<code id=\"fw_sha256\">" + Sha256(bytes.str()) + "</code>"));
+    EXPECT_THAT(reply.body, HasSubstr("<code id=\"fw_sha256\">" + Sha256Hex(bytes.str()) + "</code>"));
 
     EXPECT_TRUE(util::IsFirmwareUpgradeFlagged());
     EXPECT_TRUE(util::IsForceReloadFlagged());

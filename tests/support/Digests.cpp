@@ -1,0 +1,36 @@
+// panelkit tests: digests of test data as lowercase hexadecimal, to compare with what the service computed.
+#include "Digests.h"
+
+#include <openssl/evp.h>
+
+namespace panelkit::test {
+
+namespace {
+
+std::string DigestHex(const std::string& bytes, const EVP_MD* type)
+{
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int length = 0;
+    EVP_Digest(bytes.data(), bytes.size(), digest, &length, type, nullptr);
+    static const char digits[] = "0123456789abcdef";
+    std::string hex;
+    for (unsigned int i = 0; i < length; ++i) {
+        hex.push_back(digits[digest[i] >> 4]);
+        hex.push_back(digits[digest[i] & 15]);
+    }
+    return hex;
+}
+
+}  // namespace
+
+std::string Sha256Hex(const std::string& bytes)
+{
+    return DigestHex(bytes, EVP_sha256());
+}
+
+std::string Md5Hex(const std::string& bytes)
+{
+    return DigestHex(bytes, EVP_md5());
+}
+
+}  // namespace panelkit::test
