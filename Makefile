@@ -4,11 +4,15 @@ BUILD_TYPE ?= Debug
 SANITIZE   ?= ON
 JOBS       ?= 2
 DEVICE     ?= run/device
+# What a simulated device is made from; a device made from older files is made again.
+SIM_STAMP   = $(shell cat sim/init-device sim/standin sim/seed.txt sim/restart-device | sha256sum | cut -c1-16)
 
 .PHONY: run test build configure deps clean
 
 run: build
-	@[ -d $(DEVICE)/var/lib/pardb ] || PANELKIT_BUILD_DIR=$(BUILD_DIR) sim/init-device $(DEVICE)
+	@if [ "$$(cat $(DEVICE)/var/lib/sim/made-from 2>/dev/null)" != "$(SIM_STAMP)" ]; then \
+	  [ ! -d $(DEVICE)/var/lib/pardb ] || echo "panelkit: the simulator has changed; making $(DEVICE) again"; \
+	  PANELKIT_BUILD_DIR=$(BUILD_DIR) sim/init-device $(DEVICE) --force; fi
 	@sim/install-plugin $(DEVICE)/mnt/apps example $(BUILD_DIR)/plugins/example/example-panelkit-plugin.so plugins/example
 	@echo "panelkit: http://127.0.0.1:8080/ (simulated device in $(DEVICE); stop with Ctrl-C)"
 	MOUNT_DIR=$(CURDIR)/$(DEVICE)/mnt/apps APPLICATION_DIR=$(CURDIR)/$(DEVICE)/opt/application \

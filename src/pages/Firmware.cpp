@@ -124,7 +124,10 @@ page::Page Firmware()
     firmware.Menu("Firmware").View("Firmware").Form("component_config").Multipart();
     firmware.Add(Field::File("fwupload", "cfg_frw_file", "Load Firmware")
                      .Required()
-                     .Upload(1, kLargestImage, "", ".*\\.(bin|itb)", kImageMagic))
+                     .Upload(1, kLargestImage, "", ".*\\.(bin|itb)", kImageMagic)
+                     .Attributes("accept=\".bin,.itb\"")
+                     .Help("A .bin or .itb image for this device, at most 300 MiB")
+                     .Error("Not a firmware image: choose a .bin or .itb image for this device, at most 300 MiB"))
         .Add(Field::Submit("submit", "cfg_frw_save", "Load Firmware"))
         .SaveWith(_StartUpgrade);
     firmware.Prepare([](page::Call& call) {

@@ -11,7 +11,8 @@ FirmwareUpgradeProgress::FirmwareUpgradeProgress(std::ostream& out, page::Conten
 
 void FirmwareUpgradeProgress::render_page()
 {
-    out_ << "<div id=\"fw_progress_page\">";
+    out_ << "<div id=\"fw_progress_page\"><p class=\"page_intro\">Keep the device powered until the upgrade has "
+            "finished; this page follows it and moves on by itself.</p>";
     render_progress_block(true);
     out_ << "</div>\n";
 }

@@ -71,6 +71,7 @@ TEST_F(FirmwarePage, ShowsTheVersionsTheToolAndTheUploadForm)
     EXPECT_THAT(reply.body, HasSubstr("type=\"file\""));
     EXPECT_THAT(reply.body, HasSubstr("name=\"fwupload\""));
     EXPECT_THAT(reply.body, HasSubstr("id=\"cfg_frw_file\""));
+    EXPECT_THAT(reply.body, HasSubstr("accept=\".bin,.itb\""));
     EXPECT_THAT(reply.body, HasSubstr("id=\"cfg_frw_save\""));
     EXPECT_THAT(reply.body, HasSubstr("value=\"Load Firmware\""));
     EXPECT_EQ("{ &#39;state&#39; : &#39;idle&#39; }\n", SectionText(reply.body, "FW Tool"));
@@ -111,7 +112,9 @@ TEST_F(FirmwarePage, AFileOneByteOverThreeHundredMebibytesIsRefused)
 
 TEST_F(FirmwarePage, AnImageNamedImgIsRefusedByItsName)
 {
-    ExpectNothingStarted(Send("image.img", kMagic + "payload", 4096));
+    const PageReply reply = Send("image.img", kMagic + "payload", 4096);
+    EXPECT_THAT(reply.body, HasSubstr("Not a firmware image: choose a .bin or .itb image"));
+    ExpectNothingStarted(reply);
 }
 
 TEST_F(FirmwarePage, AnImageWithoutTheMagicIsRefused)
@@ -124,7 +127,7 @@ TEST_F(FirmwarePage, AnImageWithoutTheMagicIsRefused)
 TEST_F(FirmwarePage, NoFileAtAllIsRefused)
 {
     const PageReply reply = PostMultipart("/config/settings/firmware", {}, {{"fwupload", "", "application/octet-stream", "", 0}});
-    EXPECT_THAT(reply.body, HasSubstr("This field is required"));
+    EXPECT_THAT(reply.body, HasSubstr("Not a firmware image: choose a .bin or .itb image for this device, at most 300 MiB"));
     ExpectNothingStarted(reply);
 }
 
@@ -145,6 +148,7 @@ TEST_F(FirmwarePage, AnItbImageStartsTheUpgrade)
     ASSERT_EQ(200, reply.status);
     EXPECT_THAT(reply.body, HasSubstr("<div id=\"fw_progress_page\">"));
     EXPECT_THAT(reply.body, HasSubstr("\"progress\":true"));
+    EXPECT_THAT(reply.body, HasSubstr("Keep the device powered until the upgrade has finished"));
 
     const std::vector<std::string> images = Images();
     ASSERT_EQ(1u, images.size());
