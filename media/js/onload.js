@@ -110,9 +110,19 @@ function setUpDependentFields() {
   });
 }
 
+// A button that cannot be undone asks first (its data-confirm question); nothing is sent unless agreed.
+function setUpConfirmations() {
+  $(document).on("click", "[data-confirm]", function (event) {
+    if (!window.confirm($(this).data("confirm"))) {
+      event.preventDefault();
+    }
+  });
+}
+
 $(function () {
   var data = pageData();
   setUpDependentFields();
+  setUpConfirmations();
   setUpMenus();
   if (data.repositionBanner) {
     repositionBanner();

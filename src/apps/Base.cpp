@@ -17,6 +17,8 @@
 #include "web/Response.h"
 #include "web/Settings.h"
 
+#include <Poco/DigestEngine.h>
+
 #include <openssl/crypto.h>
 #include <sys/random.h>
 
@@ -64,13 +66,7 @@ std::string NewToken()
     unsigned char bytes[kTokenBytes];
     if (::getrandom(bytes, sizeof bytes, 0) != static_cast<ssize_t>(sizeof bytes))
         throw web::Error("no random bytes for a form token");
-    static const char digits[] = "0123456789abcdef";
-    std::string token;
-    for (unsigned char b : bytes) {
-        token.push_back(digits[b >> 4]);
-        token.push_back(digits[b & 15]);
-    }
-    return token;
+    return Poco::DigestEngine::digestToHex(Poco::DigestEngine::Digest(bytes, bytes + sizeof bytes));
 }
 
 bool SameToken(const std::string& a, const std::string& b)

@@ -4,6 +4,7 @@
 #include "util/Pardb.h"
 #include "util/Validation.h"
 #include "web/Error.h"
+#include "web/Html.h"
 #include "web/widgets/Checkbox.h"
 #include "web/widgets/File.h"
 #include "web/widgets/Hidden.h"
@@ -260,6 +261,12 @@ Field& Field::Choices(unsigned rows, unsigned atLeast, const std::string& error)
 Field& Field::Attributes(const std::string& attributes)
 {
     return Configure([attributes](BaseWidget& widget) { widget.attributes_string(attributes); });
+}
+
+Field& Field::Confirm(const std::string& question)
+{
+    // onload.js asks before any button that carries a question.
+    return Attributes("data-confirm=\"" + web::Html::Escape(question) + "\"");
 }
 
 Field& Field::Configure(Step step)

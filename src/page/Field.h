@@ -77,6 +77,8 @@ public:
                   const std::string& magic);
     /// Extra attributes written into the input as they are (a page's own markup, never user text).
     Field& Attributes(const std::string& attributes);
+    /// A button that asks the question first and does nothing unless the user agrees.
+    Field& Confirm(const std::string& question);
     /// Any other configuration of the widget.
     Field& Configure(Step step);
 

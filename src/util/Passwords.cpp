@@ -1,6 +1,8 @@
 // panelkit util: password digests and hashes computed in-process, so that no password reaches a shell or a command line.
 #include "util/Passwords.h"
 
+#include <Poco/DigestEngine.h>
+
 #include <crypt.h>
 #include <openssl/evp.h>
 
@@ -50,13 +52,7 @@ std::string HttpDigestHash(const std::string& user, const std::string& realm, co
     unsigned int length = 0;
     if (EVP_Digest(text.data(), text.size(), digest, &length, EVP_md5(), nullptr) != 1)
         return "";
-    static const char kHex[] = "0123456789abcdef";
-    std::string hex;
-    for (unsigned int i = 0; i < length; ++i) {
-        hex += kHex[digest[i] >> 4];
-        hex += kHex[digest[i] & 15];
-    }
-    return hex;
+    return Poco::DigestEngine::digestToHex(Poco::DigestEngine::Digest(digest, digest + length));
 }
 
 std::string CryptSha512(const std::string& password)

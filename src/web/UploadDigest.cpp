@@ -4,6 +4,8 @@
 
 #include "web/Error.h"
 
+#include <Poco/DigestEngine.h>
+
 #include <algorithm>
 #include <cstring>
 #include <sys/mman.h>
@@ -67,13 +69,7 @@ std::string UploadDigest::Finish()
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned int length = 0;
     EVP_DigestFinal_ex(context_.get(), digest, &length);
-    static const char digits[] = "0123456789abcdef";
-    std::string hex;
-    for (unsigned int i = 0; i < length; ++i) {
-        hex.push_back(digits[digest[i] >> 4]);
-        hex.push_back(digits[digest[i] & 15]);
-    }
-    return hex;
+    return Poco::DigestEngine::digestToHex(Poco::DigestEngine::Digest(digest, digest + length));
 }
 
 void UploadDigest::_Run()

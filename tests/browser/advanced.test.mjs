@@ -28,6 +28,13 @@ test("erasing the log partition asks for a reboot", async () => {
     await page.click("a[href='#advanced_configuration_tab']");
     assert.match(await page.textContent("label:has(#cfg_adv_erase_which_0)"), /^ Log Partition \(\d+\.\dGB free, \d+% used\)$/);
     await page.check("#cfg_adv_erase_which_0");
+    // Said no to first: nothing is erased.
+    const questions = [];
+    page.once("dialog", (dialog) => { questions.push(dialog.message()); dialog.dismiss(); });
+    await page.click("#cfg_adv_erase_partition");
+    assert.deepEqual(questions, ["Erase everything on the chosen partition? It cannot be brought back."]);
+    assert.doesNotMatch(commandLog(device), /erase-partition/);
+    page.once("dialog", (dialog) => dialog.accept());
     await Promise.all([page.waitForNavigation(), page.click("#cfg_adv_erase_partition")]);
 
     assert.equal(await page.textContent(".form_result_msg"), "Success: The log partition was erased. Reboot now.");
@@ -67,6 +74,7 @@ test("a downloaded configuration listing restores with one key changed", async (
       const edited = path.join(work, "Config_A123456789.txt");
       fs.writeFileSync(edited, listing.replace('"net/hostname","fieldrouter", s', '"net/hostname","crane-\\"12\\"", s'));
       await page.setInputFiles("#cfg_adv_restore_file", edited);
+      page.once("dialog", (dialog) => dialog.accept());
       await Promise.all([page.waitForNavigation(), page.click("#cfg_adv_restore")]);
     } finally {
       fs.rmSync(work, { recursive: true, force: true });

@@ -1,6 +1,8 @@
 // panelkit tests: digests of test data as lowercase hexadecimal, to compare with what the service computed.
 #include "Digests.h"
 
+#include <Poco/DigestEngine.h>
+
 #include <openssl/evp.h>
 
 namespace panelkit::test {
@@ -12,13 +14,7 @@ std::string DigestHex(const std::string& bytes, const EVP_MD* type)
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned int length = 0;
     EVP_Digest(bytes.data(), bytes.size(), digest, &length, type, nullptr);
-    static const char digits[] = "0123456789abcdef";
-    std::string hex;
-    for (unsigned int i = 0; i < length; ++i) {
-        hex.push_back(digits[digest[i] >> 4]);
-        hex.push_back(digits[digest[i] & 15]);
-    }
-    return hex;
+    return Poco::DigestEngine::digestToHex(Poco::DigestEngine::Digest(digest, digest + length));
 }
 
 }  // namespace

@@ -83,6 +83,15 @@ protected:
 
 // The page and its tabs.
 
+TEST_F(AdvancedPage, TheButtonsThatCannotBeUndoneAskFirst)
+{
+    const std::string page = Get(kAdvanced).body;
+    for (const char* question : {"Erase the chosen persistent configuration? It cannot be brought back.",
+                                 "Erase everything on the chosen partition? It cannot be brought back.",
+                                 "Replace the device&#39;s settings with those of the chosen backup?"})
+        EXPECT_TRUE(Has(page, std::string("data-confirm=\"") + question + "\"")) << question;
+}
+
 TEST_F(AdvancedPage, ShowsItsFiveTabsWithTheirFormsAndTheSwitchesAsStored)
 {
     const auto reply = Get(kAdvanced);
