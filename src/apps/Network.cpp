@@ -3,6 +3,7 @@
 
 #include "pages/DnsServer.h"
 #include "pages/Ethernet.h"
+#include "pages/PortForwarding.h"
 
 namespace panelkit::apps {
 
@@ -29,7 +30,7 @@ const std::vector<page::Page>& Network::Pages()
                          "net/lan_advertise_speed"}),
         Pending("openvpn", "OpenVPN"),
         Pending("tavrion", "Tavrion"),
-        Pending("port_forwarding", "Port Forwarding"),
+        pages::PortForwarding(),
         Pending("access_point", "Access Point"),
         Pending("wlan", "WLAN"),
         Pending("cellular", "Cellular"),

@@ -65,6 +65,8 @@ public:
     /// A text's length limits ("Invalid length; minimum .., maximum .."), or a file's size in bytes, which then
     /// must be given ("Invalid file length; minimum .., maximum .. bytes.").
     Field& Length(int min, int max);
+    /// A number's limits ("Invalid range; minimum .., maximum .."), also told to the page's script (data-min, data-max).
+    Field& Range(int min, int max);
     /// A text's shortest length ("Invalid length; minimum ..").
     Field& MinLength(int min);
     /// The option preselected before anything is loaded.

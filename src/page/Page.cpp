@@ -115,6 +115,12 @@ Page& Page::After(Hook hook)
     return *this;
 }
 
+Page& Page::Invalid(Hook hook)
+{
+    _Current().invalid = std::move(hook);
+    return *this;
+}
+
 Page& Page::ReloadAfterPost(const std::string& field, const std::string& value, std::vector<std::string> names)
 {
     FormDeclaration& form = _Current();

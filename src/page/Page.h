@@ -79,6 +79,8 @@ public:
         bool reboot = false;
         /// Run after a successful save (apply the settings).
         Hook after;
+        /// Run when the fields' own checks refused a post of the form.
+        Hook invalid;
         /// After a post whose field holds the value, these fields are shown as stored.
         std::string reloadField;
         std::string reloadValue;
@@ -119,6 +121,8 @@ public:
     Page& Saved(const std::string& text, bool reboot);
     /// Done after a successful save of the current form.
     Page& After(Hook hook);
+    /// Done when the fields of the current form fail their own checks (before any extra check).
+    Page& Invalid(Hook hook);
     /// After a post of the current form whose field holds value, the named fields show what is stored.
     Page& ReloadAfterPost(const std::string& field, const std::string& value, std::vector<std::string> names);
 

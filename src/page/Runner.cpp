@@ -91,6 +91,8 @@ void Runner::_PostForm(apps::Base& app, const Page& page, Content& content, std:
     Form& form = *content.forms[index];
     Call call{app, content, form, args};
     bool valid = app.ValidateForm(form);
+    if (!valid && declared.invalid)
+        declared.invalid(call);
     for (std::size_t i = 0; valid && i < declared.checks.size(); ++i)
         valid = declared.checks[i](call);
     if (!valid) {

@@ -8,6 +8,7 @@
 #include "views/Firmware.h"
 #include "views/FirmwareUpgradeProgress.h"
 #include "views/PageView.h"
+#include "views/PortForwarding.h"
 #include "views/WaitReboot.h"
 #include "web/Error.h"
 
@@ -27,6 +28,7 @@ const Registry& Registry::Instance()
         r.add<WaitReboot, page::Content>("WaitReboot");
         r.add<PageView, page::Content>("Ethernet1");
         r.add<PageView, page::Content>("DNSServer");
+        r.add<PortForwarding, page::Content>("PortForwarding");
         r.add<Firmware, page::Content>("Firmware");
         r.add<FirmwareUpgradeProgress, page::Content>("FirmwareUpgradeProgress");
         return r;
