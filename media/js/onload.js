@@ -119,9 +119,37 @@ function setUpConfirmations() {
   });
 }
 
+// A number with limits (data-min, data-max) is checked before its form is posted: out of range, the input is
+// marked with the server's words and nothing is sent.
+function setUpRanges() {
+  $(document).on("submit", "form", function (event) {
+    var inRange = true;
+    $(this.elements).filter("[data-min][data-max]:enabled").each(function () {
+      var input = $(this);
+      var min = Number(input.data("min"));
+      var max = Number(input.data("max"));
+      var text = String(input.val());
+      var number = Number(text);
+      var good = /^[0-9]+$/.test(text) && number >= min && number <= max;
+      input.toggleClass("cppcms_error_msg", !good);
+      input.nextAll("span.range_error").remove();
+      if (!good) {
+        $("<span class=\"cppcms_error_msg range_error\"></span>")
+          .text("Invalid range; minimum " + min + ", maximum " + max)
+          .insertAfter(input);
+      }
+      inRange = inRange && good;
+    });
+    if (!inRange) {
+      event.preventDefault();
+    }
+  });
+}
+
 $(function () {
   var data = pageData();
   setUpDependentFields();
+  setUpRanges();
   setUpConfirmations();
   setUpMenus();
   if (data.repositionBanner) {
