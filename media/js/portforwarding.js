@@ -38,7 +38,11 @@
     form.find("input[name='editing']").val("true");
     form.find("input[type='submit']").remove();
     form.append($("<input type=\"submit\" name=\"save\" id=\"cfg_pfw_save\" value=\"Save\" />"));
-    form.append($("<input type=\"button\" name=\"cancel\" id=\"cfg_pfw_cancel\" value=\"Cancel\" />").on("click", cancel));
+    form.append($("<input type=\"submit\" name=\"cancel\" id=\"cfg_pfw_cancel\" value=\"Cancel\" />")
+      .on("click", function (event) {
+        event.preventDefault();
+        cancel();
+      }));
     restore = function () {
       row.html(saved);
     };
