@@ -121,6 +121,12 @@ Page& Page::Invalid(Hook hook)
     return *this;
 }
 
+Page& Page::EmptyAfterSave()
+{
+    _Current().empty = true;
+    return *this;
+}
+
 Page& Page::ReloadAfterPost(const std::string& field, const std::string& value, std::vector<std::string> names)
 {
     FormDeclaration& form = _Current();

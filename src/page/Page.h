@@ -81,6 +81,8 @@ public:
         Hook after;
         /// Run when the fields' own checks refused a post of the form.
         Hook invalid;
+        /// After a successful save the form shows empty again (a form that adds rows).
+        bool empty = false;
         /// After a post whose field holds the value, these fields are shown as stored.
         std::string reloadField;
         std::string reloadValue;
@@ -123,6 +125,8 @@ public:
     Page& After(Hook hook);
     /// Done when the fields of the current form fail their own checks (before any extra check).
     Page& Invalid(Hook hook);
+    /// After a successful save the current form shows empty again, ready for the next entry.
+    Page& EmptyAfterSave();
     /// After a post of the current form whose field holds value, the named fields show what is stored.
     Page& ReloadAfterPost(const std::string& field, const std::string& value, std::vector<std::string> names);
 

@@ -9,6 +9,7 @@
 #include "web/Log.h"
 #include "web/Response.h"
 
+#include <memory>
 #include <utility>
 
 namespace panelkit::page {
@@ -108,11 +109,13 @@ void Runner::_PostForm(apps::Base& app, const Page& page, Content& content, std:
         }
         if (declared.after)
             declared.after(call);
+        if (declared.empty)
+            content.forms[index] = std::make_unique<Form>(declared.fields);
     } else if (content.message.GetResultClass() == data::Message::ResultClass::None) {
         content.message = data::Message::SaveError();
     }
-    if (!declared.reloadNames.empty() && form.Value(declared.reloadField) == declared.reloadValue)
-        form.Load(declared.reloadNames);
+    if (!declared.reloadNames.empty() && content.forms[index]->Value(declared.reloadField) == declared.reloadValue)
+        content.forms[index]->Load(declared.reloadNames);
 }
 
 void Runner::_Render(apps::Base& app, const Page& page, Content& content)

@@ -2,11 +2,14 @@
 #include "page/Table.h"
 
 #include "util/Pardb.h"
+#include "web/Log.h"
+
+#include <cstdlib>
 
 namespace panelkit::page {
 
-Table::Table(std::string prefix, std::vector<std::string> columns)
-    : prefix_(std::move(prefix)), columns_(std::move(columns))
+Table::Table(std::string prefix, std::vector<std::string> columns, std::string what)
+    : prefix_(std::move(prefix)), columns_(std::move(columns)), what_(std::move(what))
 {
 }
 
@@ -22,10 +25,17 @@ std::map<std::string, Table::Row> Table::Load() const
             continue;
         const std::string row = rest.substr(0, slash);
         const std::string column = rest.substr(slash + 1);
+        std::string value;
+        PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
+        util::Pardb::Get(folder + rest, value, type);
+        if (value.empty() || (type == PARDB_PAR_INT && std::atoi(value.c_str()) == 0)) {
+            PK_ERROR() << what_ << (what_.empty() ? "" : ": ") << "Bad PARDB parameter " << folder << rest;
+            continue;
+        }
         Row& values = rows[row];
         for (const auto& known : columns_)
             values.emplace(known, "");
-        values[column] = util::Pardb::GetString(folder + row + "/" + column);
+        values[column] = value;
     }
     return rows;
 }
@@ -42,10 +52,10 @@ bool Table::Write(const std::string& row, const Row& values) const
 
 bool Table::Remove(const std::string& row) const
 {
+    bool removed = true;
     for (const auto& column : columns_)
-        if (!util::Pardb::Delete(prefix_ + "/" + row + "/" + column))
-            return false;
-    return true;
+        removed = util::Pardb::Delete(prefix_ + "/" + row + "/" + column) && removed;
+    return removed;
 }
 
 }  // namespace panelkit::page

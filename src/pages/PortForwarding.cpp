@@ -13,11 +13,9 @@
 #include "web/widgets/Select.h"
 #include "web/widgets/Text.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <memory>
-#include <utility>
+#include <tuple>
 
 namespace panelkit::pages {
 
@@ -28,85 +26,65 @@ using page::Field;
 using Number = web::widgets::Numeric<unsigned>;
 
 const char* const kProtocols[] = {"tcp", "udp"};
-const char* const kProtocolNames[] = {"TCP", "UDP"};
 const char* const kRuleFields[] = {"protocol", "sourcePort", "destinationIP", "destinationPort"};
+// The preset rules every device has: source port, destination address and port.
+const std::tuple<unsigned, const char*, int> kFixed[] = {
+    {8002, "192.168.0.100", 8002}, {8003, "192.168.0.101", 8003}, {8800, "192.168.0.20", 80}};
 
-// Rules by protocol (0 TCP, 1 UDP), then source port: every TCP rule before every UDP rule, each group by port.
-using Rules = std::map<std::pair<unsigned, unsigned>, Json::Value>;
+// Destination address and port by protocol (0 TCP, 1 UDP) and source port: every TCP rule before every UDP rule,
+// each group in port order.
+using Rules = std::map<std::pair<unsigned, unsigned>, std::pair<std::string, int>>;
 
-std::string Prefix(unsigned protocol)
+page::Table Store(unsigned protocol)
 {
-    return std::string("net/portfwd/") + kProtocols[protocol];
+    return page::Table(std::string("net/portfwd/") + kProtocols[protocol], {"d_ip", "d_port"},
+                       std::string("PortForwarding load ") + (protocol ? "UDP" : "TCP") + " values");
 }
 
 // The row of a source port: five digits, so that the store lists the rules in port order.
 std::string Row(unsigned port)
 {
-    char row[16];
-    std::snprintf(row, sizeof row, "%05u", port);
-    return row;
+    const std::string digits = std::to_string(port);
+    return std::string(digits.size() < 5 ? 5 - digits.size() : 0, '0') + digits;
 }
 
-// The rule of the key, made empty (no address, port 0) when missing.
-Json::Value& Rule(Rules& rules, unsigned protocol, unsigned port, const std::string& ip = "", int destination = 0)
+// The rules as the view and the checks read them, in order.
+Json::Value Listed(const Rules& rules)
 {
-    Json::Value& rule = rules[{protocol, port}];
-    if (rule.isNull()) {
-        rule["protocol"] = kProtocols[protocol];
-        rule["sourcePort"] = port;
-        rule["destinationIP"] = ip;
-        rule["destinationPort"] = destination;
+    Json::Value list(Json::arrayValue);
+    for (const auto& [key, destination] : rules) {
+        Json::Value& rule = list.append(Json::objectValue);
+        rule["protocol"] = kProtocols[key.first];
+        rule["sourcePort"] = key.second;
+        rule["destinationIP"] = destination.first;
+        rule["destinationPort"] = destination.second;
     }
-    return rule;
+    return list;
 }
 
-Rules Presets()
+Json::Value Presets()
 {
     Rules rules;
     if (util::Pardb::Exists("net/vnc/port")) {
         const int port = util::Pardb::GetInt("net/vnc/port");
-        Rule(rules, 0, static_cast<unsigned>(port), util::Pardb::GetString("net/vnc/ipaddr"), port);
+        rules[{0, static_cast<unsigned>(port)}] = {util::Pardb::GetString("net/vnc/ipaddr"), port};
     } else {
         PK_WARNING() << "net/vnc parameters not set";
     }
-    Rule(rules, 0, 8002, "192.168.0.100", 8002);
-    Rule(rules, 0, 8003, "192.168.0.101", 8003);
-    Rule(rules, 0, 8800, "192.168.0.20", 80);
-    return rules;
+    for (const auto& [port, ip, destination] : kFixed)
+        rules[{0, port}] = {ip, destination};
+    return Listed(rules);
 }
 
-// The stored rules; a key without a usable value is skipped, a rule missing one of its keys still shows.
-Rules UserRules()
+// A rule missing one of its keys still shows, with no address or port 0.
+Json::Value UserRules()
 {
     Rules rules;
-    for (unsigned protocol = 0; protocol < 2; ++protocol) {
-        const std::string prefix = Prefix(protocol);
-        for (const auto& name : util::Pardb::GetList(prefix)) {
-            std::string value;
-            PARDB_PAR_T type = PARDB_PAR_UNKNOWN;
-            util::Pardb::Get(name, value, type);
-            if (value.empty() || (type == PARDB_PAR_INT && std::atoi(value.c_str()) == 0)) {
-                PK_ERROR() << "PortForwarding load " << kProtocolNames[protocol] << " values: Bad PARDB parameter "
-                           << name;
-                continue;
-            }
-            const auto port = std::strtoul(name.substr(std::min(name.size(), prefix.size() + 1)).c_str(), nullptr, 10);
-            if (name.find("/d_ip") != std::string::npos)
-                Rule(rules, protocol, static_cast<unsigned>(port))["destinationIP"] = value;
-            else if (name.find("/d_port") != std::string::npos)
-                Rule(rules, protocol, static_cast<unsigned>(port))["destinationPort"] = std::atoi(value.c_str());
-        }
-    }
-    return rules;
-}
-
-// The rules as the view and the checks read them, in map order.
-Json::Value Listed(const Rules& rules)
-{
-    Json::Value list(Json::arrayValue);
-    for (const auto& rule : rules)
-        list.append(rule.second);
-    return list;
+    for (unsigned protocol = 0; protocol < 2; ++protocol)
+        for (const auto& [row, values] : Store(protocol).Load())
+            rules[{protocol, static_cast<unsigned>(std::strtoul(row.c_str(), nullptr, 10))}] = {
+                values.at("d_ip"), std::atoi(values.at("d_port").c_str())};
+    return Listed(rules);
 }
 
 long RowId(Call& call)
@@ -114,25 +92,31 @@ long RowId(Call& call)
     return std::strtol(call.app.HttpPost("rowId").c_str(), nullptr, 10);
 }
 
-// Both tables and the editing state the request carries in its hidden fields.
+// Both tables, and the editing state that the request carries in its hidden fields.
 void Show(Call& call)
 {
     Json::Value& values = call.content.values;
-    values["preset"] = Listed(Presets());
-    values["user"] = Listed(UserRules());
+    values["preset"] = Presets();
+    values["user"] = UserRules();
     values["editing"] = call.app.HttpPost("editing") == "true";
     values["rowId"] = static_cast<Json::Int64>(RowId(call));
 }
 
-void Changed(Call& call)
+// After a change: the rules shown again, and applied.
+void Changed(Call& call, bool editing)
 {
-    call.content.values["user"] = Listed(UserRules());
+    call.content.values["editing"] = editing;
+    call.content.values["user"] = UserRules();
     util::RunStatus({util::DevicePath("/etc/nat_setup.sh"), "web_forwarding"});
 }
 
-bool Same(const Json::Value& rule, const std::string& protocol, unsigned port)
+// The first rule of the table with the protocol and source port at another index than `except`, -1 when none.
+long Find(const Json::Value& rules, const std::string& protocol, unsigned port, long except)
 {
-    return rule["protocol"].asString() == protocol && rule["sourcePort"].asUInt() == port;
+    for (Json::ArrayIndex i = 0; i < rules.size(); ++i)
+        if (rules[i]["protocol"] == protocol && rules[i]["sourcePort"].asUInt() == port && static_cast<long>(i) != except)
+            return static_cast<long>(i);
+    return -1;
 }
 
 // No two rules forward the same protocol and source port; the row being edited may keep its own.
@@ -140,63 +124,35 @@ bool Unique(Call& call)
 {
     const std::string protocol = call.form.Value("protocol");
     const unsigned port = call.form.Get<Number>("sourcePort").value();
-    for (const auto& rule : call.content.values["preset"]) {
-        if (!Same(rule, protocol, port))
-            continue;
-        call.content.message = data::Message::Error(
-            "Port forward rule not added. Preset rule exists with same protocol and source port.");
-        return false;
-    }
-    const Json::Value& user = call.content.values["user"];
-    for (Json::ArrayIndex index = 0; index < user.size(); ++index) {
-        if (!Same(user[index], protocol, port) || static_cast<long>(index) == RowId(call))
-            continue;
-        call.content.message =
-            data::Message::Error("Port forward rule not added. User rule exists with same protocol and source port.");
-        return false;
-    }
-    return true;
+    const bool preset = Find(call.content.values["preset"], protocol, port, -1) >= 0;
+    if (!preset && Find(call.content.values["user"], protocol, port, RowId(call)) < 0)
+        return true;
+    call.content.message = data::Message::Error(std::string("Port forward rule not added. ") +
+                                                (preset ? "Preset" : "User") +
+                                                " rule exists with same protocol and source port.");
+    return false;
 }
 
-void Forget(unsigned protocol, unsigned port)
-{
-    util::Pardb::Delete(Prefix(protocol) + "/" + Row(port) + "/d_ip");
-    util::Pardb::Delete(Prefix(protocol) + "/" + Row(port) + "/d_port");
-}
-
-// Failed writes are logged by the store; the page reports the save regardless.
+// A saved row replaces its keys; failed writes are logged by the store, and the page reports the save regardless.
 bool Write(Call& call)
 {
-    const unsigned protocol = call.form.Value("protocol") == "tcp" ? 0 : 1;
-    const unsigned port = call.form.Get<Number>("sourcePort").value();
+    const page::Table store = Store(call.form.Value("protocol") == "tcp" ? 0 : 1);
+    const std::string row = Row(call.form.Get<Number>("sourcePort").value());
     if (call.content.posted == 1)
-        Forget(protocol, port);
-    page::Table(Prefix(protocol), {"d_ip", "d_port"})
-        .Write(Row(port), {{"d_ip", call.form.Value("destinationIP")}, {"d_port", call.form.Value("destinationPort")}});
+        store.Remove(row);
+    store.Write(row, {{"d_ip", call.form.Value("destinationIP")}, {"d_port", call.form.Value("destinationPort")}});
     return true;
 }
 
-void Added(Call& call)
-{
-    Changed(call);
-    call.content.forms[0] = std::make_unique<page::Form>(call.content.page.Forms()[0].fields);
-}
-
-void Saved(Call& call)
-{
-    call.content.values["editing"] = false;
-    Changed(call);
-}
-
-// The row shows its stored values again, the posted ones being refused.
+// Refused, the edited row shows its stored values again.
 void Restore(Call& call)
 {
     PK_ERROR() << "PortForwarding row save failed validation";
     page::Form& form = call.form;
     form.Get<web::widgets::Select>("protocol").selected_id(form.Value("protocolOld"));
-    form.Get<Number>("sourcePort").value(std::strtoul(form.Value("sourcePortOld").c_str(), nullptr, 10));
     form.Get<web::widgets::Text>("destinationIP").value(form.Value("destinationIPOld"));
-    form.Get<Number>("destinationPort").value(std::strtoul(form.Value("destinationPortOld").c_str(), nullptr, 10));
+    for (const char* name : {"sourcePort", "destinationPort"})
+        form.Get<Number>(name).value(std::strtoul(form.Value(std::string(name) + "Old").c_str(), nullptr, 10));
 }
 
 // The posted row becomes the edited one, its values also kept as the stored ones.
@@ -211,20 +167,13 @@ bool Edit(Call& call)
 
 bool Delete(Call& call)
 {
-    call.content.values["editing"] = false;
     const Json::Value& user = call.content.values["user"];
     const long rowId = RowId(call);
     if (rowId >= 0 && rowId < static_cast<long>(user.size())) {
         const Json::Value& rule = user[static_cast<Json::ArrayIndex>(rowId)];
-        Forget(rule["protocol"].asString() == "tcp" ? 0 : 1, rule["sourcePort"].asUInt());
+        Store(rule["protocol"] == "tcp" ? 0 : 1).Remove(Row(rule["sourcePort"].asUInt()));
     }
-    Changed(call);
-    return false;
-}
-
-bool Cancel(Call& call)
-{
-    call.content.values["editing"] = false;
+    Changed(call, false);
     return false;
 }
 
@@ -253,7 +202,8 @@ page::Page PortForwarding()
         .Invalid([](Call&) { PK_ERROR() << "PortForwarding row add failed validation"; })
         .Also(Unique)
         .SaveWith(Write)
-        .After(Added);
+        .After([](Call& call) { Changed(call, call.content.values["editing"].asBool()); })
+        .EmptyAfterSave();
     pfw.Part("save", "Save");
     AddRuleFields(pfw, "cfg_pfw_", true);
     pfw.Add(Field::Submit("save", "cfg_pfw_save", "Save"))
@@ -261,8 +211,11 @@ page::Page PortForwarding()
         .Invalid(Restore)
         .Also(Unique)
         .SaveWith(Write)
-        .After(Saved);
-    pfw.On("edit", "Edit", Edit).On("delete", "Delete", Delete).On("cancel", "Cancel", Cancel);
+        .After([](Call& call) { Changed(call, false); });
+    pfw.On("edit", "Edit", Edit).On("delete", "Delete", Delete).On("cancel", "Cancel", [](Call& call) {
+        call.content.values["editing"] = false;
+        return false;
+    });
     pfw.Status("port_forwarding_status",
                {page::Output::Command("filtering", "Filtering", {"iptables", "-n", "-L", "-v"}, 4096),
                 page::Output::Command("nat", "NAT", {"iptables", "-t", "nat", "-n", "-L", "-v"}, 4096)});
