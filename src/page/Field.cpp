@@ -73,19 +73,6 @@ std::string TextOf(const BaseWidget& widget)
     throw web::Error("field \"" + widget.name() + "\" has no text value");
 }
 
-void SetText(BaseWidget& widget, const std::string& value)
-{
-    if (auto* text = Is<web::widgets::Text>(widget))
-        return text->value(value);
-    if (auto* select = Is<web::widgets::Select>(widget))
-        return select->selected_id(value);
-    if (auto* number = Is<web::widgets::Numeric<int>>(widget))
-        return number->value(std::atoi(value.c_str()));
-    if (auto* number = Is<web::widgets::Numeric<unsigned>>(widget))
-        return number->value(static_cast<unsigned>(std::strtoul(value.c_str(), nullptr, 10)));
-    throw web::Error("field \"" + widget.name() + "\" has no text value");
-}
-
 }  // namespace
 
 Field::Field(std::string name, Maker make) : name_(std::move(name)), make_(std::move(make)) {}
@@ -369,6 +356,19 @@ void Field::Load(web::widgets::BaseWidget& widget) const
 bool Field::Save(const web::widgets::BaseWidget& widget) const
 {
     return !save_ || save_(widget);
+}
+
+void Field::SetText(BaseWidget& widget, const std::string& value)
+{
+    if (auto* text = Is<web::widgets::Text>(widget))
+        return text->value(value);
+    if (auto* select = Is<web::widgets::Select>(widget))
+        return select->selected_id(value);
+    if (auto* number = Is<web::widgets::Numeric<int>>(widget))
+        return number->value(std::atoi(value.c_str()));
+    if (auto* number = Is<web::widgets::Numeric<unsigned>>(widget))
+        return number->value(static_cast<unsigned>(std::strtoul(value.c_str(), nullptr, 10)));
+    throw web::Error("field \"" + widget.name() + "\" has no text value");
 }
 
 void Field::Relax(web::widgets::BaseWidget& widget) const

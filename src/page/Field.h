@@ -116,6 +116,8 @@ public:
     void Load(web::widgets::BaseWidget& widget) const;
     /// Stores the widget; true for an unbound field.
     bool Save(const web::widgets::BaseWidget& widget) const;
+    /// Shows a text value in a widget: a text as it is, a selection's id, a number's digits.
+    static void SetText(web::widgets::BaseWidget& widget, const std::string& value);
     /// Lets the widget stay empty, for a field whose condition does not hold.
     void Relax(web::widgets::BaseWidget& widget) const;
 

@@ -50,6 +50,11 @@ std::string Form::Value(const std::string& name)
     throw web::Error("field \"" + name + "\" has no single value");
 }
 
+void Form::Set(const std::string& name, const std::string& value)
+{
+    Field::SetText((*this)[name], value);
+}
+
 bool Form::Counts(const Field& field)
 {
     return field.WhenField().empty() || Value(field.WhenField()) == field.WhenValue();

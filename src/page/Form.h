@@ -27,6 +27,8 @@ public:
     }
     /// The field's value as text: a text, a selection's id, a number, "yes"/"no" for a check box.
     std::string Value(const std::string& name);
+    /// Shows the value given as text in the field (a selection's id, a number's digits).
+    void Set(const std::string& name, const std::string& value);
     /// True when the field counts: it depends on no field, or that field holds its value.
     bool Counts(const Field& field);
 

@@ -9,9 +9,6 @@
 #include "util/DevicePath.h"
 #include "util/Pardb.h"
 #include "web/Log.h"
-#include "web/widgets/Numeric.h"
-#include "web/widgets/Select.h"
-#include "web/widgets/Text.h"
 
 #include <cstdlib>
 #include <map>
@@ -23,7 +20,6 @@ namespace {
 
 using page::Call;
 using page::Field;
-using Number = web::widgets::Numeric<unsigned>;
 
 const char* const kProtocols[] = {"tcp", "udp"};
 const char* const kRuleFields[] = {"protocol", "sourcePort", "destinationIP", "destinationPort"};
@@ -31,8 +27,7 @@ const char* const kRuleFields[] = {"protocol", "sourcePort", "destinationIP", "d
 const std::tuple<unsigned, const char*, int> kFixed[] = {
     {8002, "192.168.0.100", 8002}, {8003, "192.168.0.101", 8003}, {8800, "192.168.0.20", 80}};
 
-// Destination address and port by protocol (0 TCP, 1 UDP) and source port: every TCP rule before every UDP rule,
-// each group in port order.
+// Destination by protocol (0 TCP, 1 UDP) and source port: every TCP rule before every UDP rule, each by port.
 using Rules = std::map<std::pair<unsigned, unsigned>, std::pair<std::string, int>>;
 
 page::Table Store(unsigned protocol)
@@ -42,9 +37,8 @@ page::Table Store(unsigned protocol)
 }
 
 // The row of a source port: five digits, so that the store lists the rules in port order.
-std::string Row(unsigned port)
+std::string Row(const std::string& digits)
 {
-    const std::string digits = std::to_string(port);
     return std::string(digits.size() < 5 ? 5 - digits.size() : 0, '0') + digits;
 }
 
@@ -87,11 +81,6 @@ Json::Value UserRules()
     return Listed(rules);
 }
 
-long RowId(Call& call)
-{
-    return std::strtol(call.app.HttpPost("rowId").c_str(), nullptr, 10);
-}
-
 // Both tables, and the editing state that the request carries in its hidden fields.
 void Show(Call& call)
 {
@@ -99,7 +88,7 @@ void Show(Call& call)
     values["preset"] = Presets();
     values["user"] = UserRules();
     values["editing"] = call.app.HttpPost("editing") == "true";
-    values["rowId"] = static_cast<Json::Int64>(RowId(call));
+    values["rowId"] = static_cast<Json::Int64>(std::strtol(call.app.HttpPost("rowId").c_str(), nullptr, 10));
 }
 
 // After a change: the rules shown again, and applied.
@@ -110,34 +99,31 @@ void Changed(Call& call, bool editing)
     util::RunStatus({util::DevicePath("/etc/nat_setup.sh"), "web_forwarding"});
 }
 
-// The first rule of the table with the protocol and source port at another index than `except`, -1 when none.
-long Find(const Json::Value& rules, const std::string& protocol, unsigned port, long except)
-{
-    for (Json::ArrayIndex i = 0; i < rules.size(); ++i)
-        if (rules[i]["protocol"] == protocol && rules[i]["sourcePort"].asUInt() == port && static_cast<long>(i) != except)
-            return static_cast<long>(i);
-    return -1;
-}
-
 // No two rules forward the same protocol and source port; the row being edited may keep its own.
 bool Unique(Call& call)
 {
-    const std::string protocol = call.form.Value("protocol");
-    const unsigned port = call.form.Get<Number>("sourcePort").value();
-    const bool preset = Find(call.content.values["preset"], protocol, port, -1) >= 0;
-    if (!preset && Find(call.content.values["user"], protocol, port, RowId(call)) < 0)
-        return true;
-    call.content.message = data::Message::Error(std::string("Port forward rule not added. ") +
-                                                (preset ? "Preset" : "User") +
-                                                " rule exists with same protocol and source port.");
-    return false;
+    for (const char* table : {"preset", "user"}) {
+        const Json::Value& rules = call.content.values[table];
+        const bool preset = table[0] == 'p';
+        const Json::Int64 own = preset ? -1 : call.content.values["rowId"].asInt64();
+        for (Json::ArrayIndex i = 0; i < rules.size(); ++i) {
+            if (rules[i]["protocol"] != call.form.Value("protocol") || static_cast<Json::Int64>(i) == own ||
+                rules[i]["sourcePort"].asString() != call.form.Value("sourcePort"))
+                continue;
+            call.content.message = data::Message::Error(std::string("Port forward rule not added. ") +
+                                                        (preset ? "Preset" : "User") +
+                                                        " rule exists with same protocol and source port.");
+            return false;
+        }
+    }
+    return true;
 }
 
 // A saved row replaces its keys; failed writes are logged by the store, and the page reports the save regardless.
 bool Write(Call& call)
 {
     const page::Table store = Store(call.form.Value("protocol") == "tcp" ? 0 : 1);
-    const std::string row = Row(call.form.Get<Number>("sourcePort").value());
+    const std::string row = Row(call.form.Value("sourcePort"));
     if (call.content.posted == 1)
         store.Remove(row);
     store.Write(row, {{"d_ip", call.form.Value("destinationIP")}, {"d_port", call.form.Value("destinationPort")}});
@@ -148,11 +134,8 @@ bool Write(Call& call)
 void Restore(Call& call)
 {
     PK_ERROR() << "PortForwarding row save failed validation";
-    page::Form& form = call.form;
-    form.Get<web::widgets::Select>("protocol").selected_id(form.Value("protocolOld"));
-    form.Get<web::widgets::Text>("destinationIP").value(form.Value("destinationIPOld"));
-    for (const char* name : {"sourcePort", "destinationPort"})
-        form.Get<Number>(name).value(std::strtoul(form.Value(std::string(name) + "Old").c_str(), nullptr, 10));
+    for (const char* name : kRuleFields)
+        call.form.Set(name, call.form.Value(std::string(name) + "Old"));
 }
 
 // The posted row becomes the edited one, its values also kept as the stored ones.
@@ -161,17 +144,18 @@ bool Edit(Call& call)
     call.content.values["editing"] = true;
     call.form.load(call.app.request());
     for (const char* name : kRuleFields)
-        call.form.Get<web::widgets::Text>(std::string(name) + "Old").value(call.app.HttpPost(name));
+        call.form.Set(std::string(name) + "Old", call.app.HttpPost(name));
     return false;
 }
 
 bool Delete(Call& call)
 {
+    // A row id out of range finds no rule: nothing is deleted, and the rules are applied all the same.
     const Json::Value& user = call.content.values["user"];
-    const long rowId = RowId(call);
-    if (rowId >= 0 && rowId < static_cast<long>(user.size())) {
+    const Json::Int64 rowId = call.content.values["rowId"].asInt64();
+    if (rowId >= 0 && rowId < static_cast<Json::Int64>(user.size())) {
         const Json::Value& rule = user[static_cast<Json::ArrayIndex>(rowId)];
-        Store(rule["protocol"] == "tcp" ? 0 : 1).Remove(Row(rule["sourcePort"].asUInt()));
+        Store(rule["protocol"] == "tcp" ? 0 : 1).Remove(Row(rule["sourcePort"].asString()));
     }
     Changed(call, false);
     return false;
