@@ -230,7 +230,8 @@ Field& Field::Range(int min, int max)
         if (auto* number = Is<web::widgets::Numeric<int>>(widget))
             number->range(min, max);
         else
-            As<web::widgets::Numeric<unsigned>>(widget, "a range").range(static_cast<unsigned>(min), static_cast<unsigned>(max));
+            As<web::widgets::Numeric<unsigned>>(widget, "a range")
+                .range(static_cast<unsigned>(min), static_cast<unsigned>(max));
         widget.error_message("Invalid range; minimum " + std::to_string(min) + ", maximum " + std::to_string(max));
         widget.attributes_string("data-min=\"" + std::to_string(min) + "\" data-max=\"" + std::to_string(max) + "\"");
     });

@@ -12,7 +12,6 @@
 
 #include <cstdlib>
 #include <map>
-#include <tuple>
 
 namespace panelkit::pages {
 
@@ -23,26 +22,18 @@ using page::Field;
 
 const char* const kProtocols[] = {"tcp", "udp"};
 const char* const kRuleFields[] = {"protocol", "sourcePort", "destinationIP", "destinationPort"};
-// The preset rules every device has: source port, destination address and port.
-const std::tuple<unsigned, const char*, int> kFixed[] = {
-    {8002, "192.168.0.100", 8002}, {8003, "192.168.0.101", 8003}, {8800, "192.168.0.20", 80}};
-
+// The user rules by protocol; a key holding nothing usable is skipped, and logged in these words.
+const page::Table kStores[] = {{"net/portfwd/tcp", {"d_ip", "d_port"}, "PortForwarding load TCP values"},
+                               {"net/portfwd/udp", {"d_ip", "d_port"}, "PortForwarding load UDP values"}};
 // Destination by protocol (0 TCP, 1 UDP) and source port: every TCP rule before every UDP rule, each by port.
 using Rules = std::map<std::pair<unsigned, unsigned>, std::pair<std::string, int>>;
-
-page::Table Store(unsigned protocol)
-{
-    return page::Table(std::string("net/portfwd/") + kProtocols[protocol], {"d_ip", "d_port"},
-                       std::string("PortForwarding load ") + (protocol ? "UDP" : "TCP") + " values");
-}
+// The preset rules every device has besides the VNC one.
+const Rules kFixed = {{{0, 8002}, {"192.168.0.100", 8002}}, {{0, 8003}, {"192.168.0.101", 8003}},
+                      {{0, 8800}, {"192.168.0.20", 80}}};
 
 // The row of a source port: five digits, so that the store lists the rules in port order.
-std::string Row(const std::string& digits)
-{
-    return std::string(digits.size() < 5 ? 5 - digits.size() : 0, '0') + digits;
-}
+std::string Row(const std::string& port) { return std::string(port.size() < 5 ? 5 - port.size() : 0, '0') + port; }
 
-// The rules as the view and the checks read them, in order.
 Json::Value Listed(const Rules& rules)
 {
     Json::Value list(Json::arrayValue);
@@ -56,17 +47,15 @@ Json::Value Listed(const Rules& rules)
     return list;
 }
 
+// A fixed rule wins over the VNC rule on the same port.
 Json::Value Presets()
 {
-    Rules rules;
-    if (util::Pardb::Exists("net/vnc/port")) {
-        const int port = util::Pardb::GetInt("net/vnc/port");
-        rules[{0, static_cast<unsigned>(port)}] = {util::Pardb::GetString("net/vnc/ipaddr"), port};
-    } else {
+    Rules rules = kFixed;
+    const int vnc = util::Pardb::GetInt("net/vnc/port");
+    if (util::Pardb::Exists("net/vnc/port"))
+        rules.insert({{0, static_cast<unsigned>(vnc)}, {util::Pardb::GetString("net/vnc/ipaddr"), vnc}});
+    else
         PK_WARNING() << "net/vnc parameters not set";
-    }
-    for (const auto& [port, ip, destination] : kFixed)
-        rules[{0, port}] = {ip, destination};
     return Listed(rules);
 }
 
@@ -75,7 +64,7 @@ Json::Value UserRules()
 {
     Rules rules;
     for (unsigned protocol = 0; protocol < 2; ++protocol)
-        for (const auto& [row, values] : Store(protocol).Load())
+        for (const auto& [row, values] : kStores[protocol].Load())
             rules[{protocol, static_cast<unsigned>(std::strtoul(row.c_str(), nullptr, 10))}] = {
                 values.at("d_ip"), std::atoi(values.at("d_port").c_str())};
     return Listed(rules);
@@ -102,16 +91,14 @@ void Changed(Call& call, bool editing)
 // No two rules forward the same protocol and source port; the row being edited may keep its own.
 bool Unique(Call& call)
 {
-    for (const char* table : {"preset", "user"}) {
-        const Json::Value& rules = call.content.values[table];
-        const bool preset = table[0] == 'p';
-        const Json::Int64 own = preset ? -1 : call.content.values["rowId"].asInt64();
+    for (const std::string table : {"Preset", "User"}) {
+        const Json::Value& rules = call.content.values[table == "User" ? "user" : "preset"];
         for (Json::ArrayIndex i = 0; i < rules.size(); ++i) {
-            if (rules[i]["protocol"] != call.form.Value("protocol") || static_cast<Json::Int64>(i) == own ||
-                rules[i]["sourcePort"].asString() != call.form.Value("sourcePort"))
+            if (rules[i]["protocol"] != call.form.Value("protocol") ||
+                rules[i]["sourcePort"].asString() != call.form.Value("sourcePort") ||
+                (table == "User" && static_cast<Json::Int64>(i) == call.content.values["rowId"].asInt64()))
                 continue;
-            call.content.message = data::Message::Error(std::string("Port forward rule not added. ") +
-                                                        (preset ? "Preset" : "User") +
+            call.content.message = data::Message::Error("Port forward rule not added. " + table +
                                                         " rule exists with same protocol and source port.");
             return false;
         }
@@ -122,7 +109,7 @@ bool Unique(Call& call)
 // A saved row replaces its keys; failed writes are logged by the store, and the page reports the save regardless.
 bool Write(Call& call)
 {
-    const page::Table store = Store(call.form.Value("protocol") == "tcp" ? 0 : 1);
+    const page::Table& store = kStores[call.form.Value("protocol") == "tcp" ? 0 : 1];
     const std::string row = Row(call.form.Value("sourcePort"));
     if (call.content.posted == 1)
         store.Remove(row);
@@ -130,18 +117,10 @@ bool Write(Call& call)
     return true;
 }
 
-// Refused, the edited row shows its stored values again.
-void Restore(Call& call)
-{
-    PK_ERROR() << "PortForwarding row save failed validation";
-    for (const char* name : kRuleFields)
-        call.form.Set(name, call.form.Value(std::string(name) + "Old"));
-}
-
-// The posted row becomes the edited one, its values also kept as the stored ones.
+// Edit makes the posted row the edited one, its values also kept as the stored ones; Cancel ends the editing.
 bool Edit(Call& call)
 {
-    call.content.values["editing"] = true;
+    call.content.values["editing"] = call.app.HttpPost("edit") == "Edit";
     call.form.load(call.app.request());
     for (const char* name : kRuleFields)
         call.form.Set(std::string(name) + "Old", call.app.HttpPost(name));
@@ -155,7 +134,7 @@ bool Delete(Call& call)
     const Json::Int64 rowId = call.content.values["rowId"].asInt64();
     if (rowId >= 0 && rowId < static_cast<Json::Int64>(user.size())) {
         const Json::Value& rule = user[static_cast<Json::ArrayIndex>(rowId)];
-        Store(rule["protocol"] == "tcp" ? 0 : 1).Remove(Row(rule["sourcePort"].asString()));
+        kStores[rule["protocol"] == "tcp" ? 0 : 1].Remove(Row(rule["sourcePort"].asString()));
     }
     Changed(call, false);
     return false;
@@ -184,22 +163,22 @@ page::Page PortForwarding()
     AddRuleFields(pfw, "cfg_pfwadd_", false);
     pfw.Add(Field::Submit("add", "cfg_pfwadd_add", "Add Row"))
         .Invalid([](Call&) { PK_ERROR() << "PortForwarding row add failed validation"; })
-        .Also(Unique)
-        .SaveWith(Write)
+        .Also(Unique).SaveWith(Write)
         .After([](Call& call) { Changed(call, call.content.values["editing"].asBool()); })
         .EmptyAfterSave();
     pfw.Part("save", "Save");
     AddRuleFields(pfw, "cfg_pfw_", true);
     pfw.Add(Field::Submit("save", "cfg_pfw_save", "Save"))
         .Add(Field::Submit("cancel", "cfg_pfw_cancel", "Cancel"))
-        .Invalid(Restore)
-        .Also(Unique)
-        .SaveWith(Write)
+        .Invalid([](Call& call) {
+            // The refused row shows its stored values again.
+            PK_ERROR() << "PortForwarding row save failed validation";
+            for (const char* name : kRuleFields)
+                call.form.Set(name, call.form.Value(std::string(name) + "Old"));
+        })
+        .Also(Unique).SaveWith(Write)
         .After([](Call& call) { Changed(call, false); });
-    pfw.On("edit", "Edit", Edit).On("delete", "Delete", Delete).On("cancel", "Cancel", [](Call& call) {
-        call.content.values["editing"] = false;
-        return false;
-    });
+    pfw.On("edit", "Edit", Edit).On("delete", "Delete", Delete).On("cancel", "Cancel", Edit);
     pfw.Status("port_forwarding_status",
                {page::Output::Command("filtering", "Filtering", {"iptables", "-n", "-L", "-v"}, 4096),
                 page::Output::Command("nat", "NAT", {"iptables", "-t", "nat", "-n", "-L", "-v"}, 4096)});

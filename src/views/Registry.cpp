@@ -28,9 +28,9 @@ const Registry& Registry::Instance()
         r.add<WaitReboot, page::Content>("WaitReboot");
         r.add<PageView, page::Content>("Ethernet1");
         r.add<PageView, page::Content>("DNSServer");
-        r.add<PortForwarding, page::Content>("PortForwarding");
         r.add<Firmware, page::Content>("Firmware");
         r.add<FirmwareUpgradeProgress, page::Content>("FirmwareUpgradeProgress");
+        r.add<PortForwarding, page::Content>("PortForwarding");
         return r;
     }();
     return registry;

@@ -49,6 +49,11 @@ test("a rule is added, edited in place, saved and deleted", async () => {
     await page.click("#row_0 input[name='edit']");
     const row = page.locator("#row_0");
     assert.equal(await row.locator("#cfg_pfw_dest_ip").inputValue(), "192.168.1.22");
+    // Cancel puts the read-only row back, still without a request.
+    await row.locator("#cfg_pfw_cancel").click();
+    assert.equal(await row.locator("#cfg_pfw_dest_ip").count(), 0);
+    assert.match(await row.textContent(), /192\.168\.1\.22/);
+    await page.click("#row_0 input[name='edit']");
     assert.equal(await page.locator("tr.forwarding_form_row").nth(4).getAttribute("id"), "row_0");
     assert.deepEqual(requests, []);
     await row.locator("#cfg_pfw_dest_ip").fill("192.168.1.23");

@@ -241,7 +241,8 @@ TEST_F(Layout, ViewsCheckTheirContentType)
     EXPECT_THROW(Render("BaseTabbed", plain), web::Error);
     EXPECT_THROW(Render("NoSuchView", plain), web::Error);
     EXPECT_EQ((std::vector<std::string>{"Base", "BaseForm", "BaseFormTabbed", "BaseTabbed", "General", "Reboot", "About",
-                                        "WaitReboot", "Ethernet1", "DNSServer", "Firmware", "FirmwareUpgradeProgress"}),
+                                        "WaitReboot", "Ethernet1", "DNSServer", "Firmware", "FirmwareUpgradeProgress",
+                                        "PortForwarding"}),
               views::Registry::Instance().Names());
 }
 

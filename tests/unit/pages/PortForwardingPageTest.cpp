@@ -249,3 +249,11 @@ TEST_F(PortForwardingPage, TheStatusShowsBothFirewallTables)
     EXPECT_THAT(status["nat"].asString(), HasSubstr("Chain PREROUTING"));
     EXPECT_THAT(Get(kPage).body, HasSubstr("id=\"port_forwarding_status\""));
 }
+
+TEST_F(PortForwardingPage, DeletingARuleWithOnlyOneKeyRemovesIt)
+{
+    StoreSet("net/portfwd/tcp/00081/d_port", "8081");
+    Post(kPage, {{"rowId", "0"}, {"editing", "false"}, {"delete", "Delete"}});
+    EXPECT_EQ("<missing>", StoreGet("net/portfwd/tcp/00081/d_port"));
+    EXPECT_THAT(Get(kPage).body, Not(HasSubstr("<td>81</td>")));
+}
