@@ -37,27 +37,21 @@ void PortForwarding::render_text_cells(const std::string& protocol, const std::s
     out_ << "</td><td>:</td>";
 }
 
-void PortForwarding::render_hidden(const std::string& name, const std::string& value, const std::string& form)
+void PortForwarding::render_hidden(const std::string& name, const std::string& value)
 {
     out_ << "<input type=\"hidden\" name=\"";
     Esc(name);
     out_ << "\" value=\"";
     Esc(value);
-    out_ << "\"";
-    if (!form.empty()) {
-        out_ << " form=\"";
-        Esc(form);
-        out_ << "\"";
-    }
-    out_ << " />";
+    out_ << "\" />";
 }
 
 // Every row form carries the token and the editing state.
-void PortForwarding::render_state(Json::ArrayIndex index, bool editing, const std::string& form)
+void PortForwarding::render_state(Json::ArrayIndex index, bool editing)
 {
     render_csrf_field();
-    render_hidden("rowId", std::to_string(index), form);
-    render_hidden("editing", editing ? "true" : "false", form);
+    render_hidden("rowId", std::to_string(index));
+    render_hidden("editing", editing ? "true" : "false");
 }
 
 // A widget placed in its column, posted with the row's form.
@@ -97,17 +91,17 @@ void PortForwarding::render_user_row(const Json::Value& rule, Json::ArrayIndex i
         out_ << "</td>";
     }
     out_ << "<td><form id=\"" << form << "\" method=\"post\" action=\"\">";
-    render_state(index, editing, "");
+    render_state(index, editing);
     if (editing) {
-        render_hidden("protocol", edit.Value("protocol"), "");
-        render_hidden("sourcePort", edit.Value("sourcePort"), "");
+        render_hidden("protocol", edit.Value("protocol"));
+        render_hidden("sourcePort", edit.Value("sourcePort"));
         for (const char* name : kRuleFields)
-            render_hidden(std::string(name) + "Old", edit.Value(std::string(name) + "Old"), "");
+            render_hidden(std::string(name) + "Old", edit.Value(std::string(name) + "Old"));
         edit["save"].render_input(out_);
         edit["cancel"].render_input(out_);
     } else {
         for (const char* name : kRuleFields)
-            render_hidden(name, rule[name].asString(), "");
+            render_hidden(name, rule[name].asString());
         out_ << "<input type=\"submit\" name=\"edit\" value=\"Edit\" /><input type=\"submit\" name=\"delete\" "
                 "value=\"Delete\" data-confirm=\"Delete this rule?\" />";
     }
@@ -125,7 +119,7 @@ void PortForwarding::render_add_row(Json::ArrayIndex index)
     render_cell(add["destinationIP"], form);
     render_cell(add["destinationPort"], form);
     out_ << "<td><form id=\"" << form << "\" method=\"post\" action=\"\">";
-    render_state(index, page_.values["editing"].asBool(), "");
+    render_state(index, page_.values["editing"].asBool());
     add["add"].render_input(out_);
     out_ << "</form></td></tr>\n";
 }

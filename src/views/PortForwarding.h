@@ -19,8 +19,8 @@ private:
     void render_text_cells(const std::string& protocol, const std::string& port);
     void render_user_row(const Json::Value& rule, Json::ArrayIndex index, bool editing);
     void render_add_row(Json::ArrayIndex index);
-    void render_hidden(const std::string& name, const std::string& value, const std::string& form);
-    void render_state(Json::ArrayIndex index, bool editing, const std::string& form);
+    void render_hidden(const std::string& name, const std::string& value);
+    void render_state(Json::ArrayIndex index, bool editing);
     void render_cell(const web::widgets::BaseWidget& widget, const std::string& form);
 };
 
