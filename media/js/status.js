@@ -12,6 +12,14 @@ var PanelkitStatus = (function () {
     return block.append($("<div class=\"command_output\"></div>").append($("<pre></pre>").text($.trim(text || ""))));
   }
 
+  // A form posted to the page with one button and its note, carrying the token of the page's own forms.
+  function buttonForm(button) {
+    var form = $("<form method=\"post\" action=\"\"></form>");
+    form.append($("<input type=\"hidden\" name=\"_csrf\" />").val($("input[name=_csrf]").first().val() || ""));
+    form.append($("<input type=\"submit\" />").attr({ id: button.id, name: button.name }).val(button.value));
+    return form.append(" ").append($("<span class=\"status_note\"></span>").text(button.note || ""));
+  }
+
   function showError(target, failure, text) {
     target.empty().append($("<div class=\"status_error\"></div>").text(failure + text));
   }
@@ -67,6 +75,9 @@ var PanelkitStatus = (function () {
           target.append("<br />");
         }
         target.append(section(block.title, result[block.member]));
+        if (block.button) {
+          target.append(buttonForm(block.button));
+        }
         shown += 1;
       });
     };

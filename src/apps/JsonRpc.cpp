@@ -32,8 +32,8 @@ void JsonRpc::BindStatus(const std::vector<page::Page>& pages)
             continue;
         bind(page.StatusMethod(), 0, [this, &page](const Json::Value&) {
             Json::Value result(Json::objectValue);
-            for (const auto& block : page.StatusBlocks())
-                result[block.member] = block.make();
+            for (const auto& [member, text] : page.StatusReply())
+                result[member] = text;
             return_result(result);
         });
     }

@@ -157,6 +157,22 @@ Page& Page::Status(const std::string& method, std::vector<Output> blocks, const 
     return *this;
 }
 
+Page& Page::StatusFrom(std::function<Reply()> read)
+{
+    read_ = std::move(read);
+    return *this;
+}
+
+Page::Reply Page::StatusReply() const
+{
+    if (read_)
+        return read_();
+    Reply reply;
+    for (const auto& block : status_)
+        reply[block.member] = block.make();
+    return reply;
+}
+
 Page& Page::Separated()
 {
     separated_ = true;
