@@ -75,15 +75,12 @@ var PanelkitStatus = (function () {
           target.append("<br />");
         }
         target.append(section(block.title, result[block.member]));
-        if (block.button) {
-          target.append(buttonForm(block.button));
-        }
         shown += 1;
       });
     };
   }
 
-  return { poll: poll, section: section, sections: sections };
+  return { poll: poll, section: section, buttonForm: buttonForm, sections: sections };
 })();
 
 // A page with a renderer of its own registers it as PanelkitStatus.render before the page is ready.

@@ -48,19 +48,4 @@ Output Output::Computed(const std::string& member, const std::string& title, std
     return Block(member, title, std::move(make));
 }
 
-Output Output::Member(const std::string& member, const std::string& title)
-{
-    return Block(member, title, [] { return std::string(); });
-}
-
-Output& Output::Button(const std::string& id, const std::string& name, const std::string& value,
-                       const std::string& note)
-{
-    buttonId = id;
-    buttonName = name;
-    buttonValue = value;
-    buttonNote = note;
-    return *this;
-}
-
 }  // namespace panelkit::page

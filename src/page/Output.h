@@ -21,24 +21,13 @@ struct Output {
                               std::size_t limit);
     /// Text made in-process.
     static Output Computed(const std::string& member, const std::string& title, std::function<std::string()> make);
-    /// A member of a reply the page makes at once (Page::StatusFrom), shown under the title.
-    static Output Member(const std::string& member, const std::string& title);
 
     /// The member of the JSON-RPC reply ("" for a block made while the page renders).
     std::string member;
     /// The heading shown over the block.
     std::string title;
-    /// Makes the text (unused when the page makes its status reply at once, Page::StatusFrom).
+    /// Makes the text.
     std::function<std::string()> make;
-    /// A button the status script shows under the block, in a form posted to the page ("" id for none).
-    std::string buttonId;
-    std::string buttonName;
-    std::string buttonValue;
-    /// The note shown next to the button.
-    std::string buttonNote;
-
-    /// Shows a button under the block: posting it sends name=value to the page.
-    Output& Button(const std::string& id, const std::string& name, const std::string& value, const std::string& note);
 };
 
 }  // namespace panelkit::page

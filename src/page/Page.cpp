@@ -157,17 +157,17 @@ Page& Page::Status(const std::string& method, std::vector<Output> blocks, const 
     return *this;
 }
 
-Page& Page::StatusFrom(std::function<Reply()> read)
+Page& Page::StatusFrom(std::function<Json::Value()> read)
 {
     read_ = std::move(read);
     return *this;
 }
 
-Page::Reply Page::StatusReply() const
+Json::Value Page::StatusReply() const
 {
     if (read_)
         return read_();
-    Reply reply;
+    Json::Value reply(Json::objectValue);
     for (const auto& block : status_)
         reply[block.member] = block.make();
     return reply;

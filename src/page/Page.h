@@ -4,8 +4,9 @@
 #include "page/Field.h"
 #include "page/Output.h"
 
+#include <json/value.h>
+
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -46,8 +47,6 @@ public:
     using Save = std::function<bool(Call&)>;
     /// Something done by the page.
     using Hook = std::function<void(Call&)>;
-    /// The members of a status reply, made together from one reading of the device.
-    using Reply = std::map<std::string, std::string>;
     /// An action that may answer the request itself (a download): true when it did.
     using Action = std::function<bool(Call&)>;
 
@@ -139,9 +138,9 @@ public:
 
     /// The status tab: the JSON-RPC method it polls and the blocks of its reply, in the order shown.
     Page& Status(const std::string& method, std::vector<Output> blocks, const std::string& target = "");
-    /// The status reply is made at once by `read` (the blocks name its members; a member it leaves out is not
-    /// shown), for a status whose blocks depend on one reading.
-    Page& StatusFrom(std::function<Reply()> read);
+    /// The status reply is made at once by `read`, members of any JSON type from one reading of the device; its
+    /// renderer (Renderer) draws it.
+    Page& StatusFrom(std::function<Json::Value()> read);
     /// The status tab's blocks are separated by line breaks.
     Page& Separated();
     /// On a page of several forms, the status shows in the current form's tab, under the heading.
@@ -197,8 +196,8 @@ public:
     const std::string& StatusTarget() const { return target_; }
     /// The blocks of the status reply.
     const std::vector<Output>& StatusBlocks() const { return status_; }
-    /// The status reply of one request: the page's own reading, or every block made in turn.
-    Reply StatusReply() const;
+    /// The status reply of one request: the page's own reading, or every block's text made in turn.
+    Json::Value StatusReply() const;
     /// True when the status blocks are separated by line breaks.
     bool StatusSeparated() const { return separated_; }
     /// The text before the reason of a failed status request, "" for the common one.
@@ -232,7 +231,7 @@ private:
     std::string method_;
     std::string target_;
     std::vector<Output> status_;
-    std::function<Reply()> read_;
+    std::function<Json::Value()> read_;
     bool separated_ = false;
     std::string statusFailure_;
     std::string renderer_;

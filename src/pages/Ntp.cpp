@@ -49,33 +49,29 @@ bool JumpSystemTime(page::Call& call)
     return false;
 }
 
-page::Page::Reply ChronydStatus()
+// chronyd's reply: whether it runs and, when it does, its tracking, sources and clients.
+Json::Value ChronydStatus()
 {
     const std::string chronyc = util::DevicePath(kChronyc);
-    page::Page::Reply reply{{"isChronyd", "true"}};
+    Json::Value reply(Json::objectValue);
+    reply["isChronyd"] = true;
     const std::string tracking = util::Run({chronyc, "-n", "tracking"}, kLimit);
-    if (!Has(tracking, "Reference ID")) {
-        reply["state"] = "Stopped";
+    const bool running = Has(tracking, "Reference ID");
+    reply["running"] = running;
+    if (!running)
         return reply;
-    }
-    reply["state"] = "Running";
     reply["tracking"] = tracking;
-    reply["sources"] = util::Run({chronyc, "-n", "sources", "-v"}, kLimit);
+    reply["rawOutput"] = util::Run({chronyc, "-n", "sources", "-v"}, kLimit);
     reply["clients"] = util::Run({chronyc, "-n", "clients"}, kLimit);
     return reply;
 }
 
-page::Page::Reply NtpServerStatus()
+Json::Value NtpServerStatus()
 {
     if (util::FileExists(util::DevicePath(kChronyc)))
         return ChronydStatus();
-    // A fixed line: ntpq tells that the daemon is down on its standard error.
-    return NtpdStatus(util::ShellCommand("ntpq -pn 2>&1", kLimit));
-}
-
-const char* Synchronised(bool sync)
-{
-    return sync ? "Synchronised" : "Not synchronised";
+    // ntpq tells that the daemon is down on its standard error.
+    return NtpdStatus(util::RunMerged({"ntpq", "-pn"}, kLimit));
 }
 
 // The first group of the expression's first match in the text, "" when it does not match.
@@ -85,19 +81,29 @@ std::string FirstGroup(const Poco::RegularExpression& expression, const std::str
     return expression.split(text, groups) > 1 ? groups[1] : "";
 }
 
+// The peer the daemon is synchronised to: its GPS, its PPS, both, or the selected ("*") peer's address.
+std::string SyncTo(bool gpsSync, bool ppsSync, const std::string& peers)
+{
+    if (gpsSync && ppsSync)
+        return "GPS with PPS";
+    if (gpsSync)
+        return "GPS";
+    if (ppsSync)
+        return "PPS";
+    static const Poco::RegularExpression selected("(?m)^\\*([\\w\\.]+)\\s+");
+    return FirstGroup(selected, peers);
+}
+
 }  // namespace
 
-page::Page::Reply NtpdStatus(const std::string& peers)
+Json::Value NtpdStatus(const std::string& peers)
 {
-    page::Page::Reply reply{{"rawOutput", peers}};
-    if (Has(peers, "Connection refused")) {
-        reply["running"] = "No";
-        return reply;
-    }
-    reply["running"] = "Yes";
+    Json::Value reply(Json::objectValue);
+    const bool running = !Has(peers, "Connection refused");
+    const bool hasGps = running && Has(peers, ".GPS");
     bool gpsSync = false;
     bool ppsSync = false;
-    if (Has(peers, ".GPS")) {
+    if (hasGps) {
         // A selected ("*") peer whose reference is the GPS.
         static const Poco::RegularExpression gps("(?m)^\\*[\\w\\.]+[\\s]+\\.GPS");
         // The tally code of the first PPS peer: selected ("*") or the pulse in use ("o").
@@ -106,25 +112,19 @@ page::Page::Reply NtpdStatus(const std::string& peers)
         gpsSync = gps.match(peers, 0, found) > 0;
         const std::string tally = FirstGroup(pps, peers);
         ppsSync = tally == "*" || tally == "o";
-        reply["gps"] = Synchronised(gpsSync);
-        reply["pps"] = Synchronised(ppsSync);
     }
-    static const Poco::RegularExpression selected("(?m)^\\*([\\w\\.]+)\\s+");
-    if (gpsSync && ppsSync)
-        reply["syncTo"] = "GPS with PPS";
-    else if (gpsSync)
-        reply["syncTo"] = "GPS";
-    else if (ppsSync)
-        reply["syncTo"] = "PPS";
-    else
-        reply["syncTo"] = FirstGroup(selected, peers);
+    reply["running"] = running;
+    reply["hasGps"] = hasGps;
+    reply["gpsSync"] = gpsSync;
+    reply["ppsSync"] = ppsSync;
+    reply["syncTo"] = running ? SyncTo(gpsSync, ppsSync, peers) : std::string();
+    reply["rawOutput"] = peers;
     return reply;
 }
 
 page::Page Ntp()
 {
     using page::Field;
-    using page::Output;
     page::Page ntp("ntp", "NTP Servers");
     ntp.Menu("NTP Server").Form("ntpd_config", "", "submit", "Save");
     ntp.Add(Field::Check("ntpdEnabled", "ntpd_enabled", "Allow ntpd").Flag("system/ntpd/enabled"));
@@ -133,16 +133,8 @@ page::Page Ntp()
         ntp.Add(Field::Text("server" + index, "cfg_ntpd_server" + index, "Server " + index + " Address")
                     .Key("system/ntpd/servers/" + index));
     ntp.Add(Field::Submit("submit", "cfg_ntpd_save", "Save")).SaveWith(SaveStopped).On("submit", kJump, JumpSystemTime);
-    // One reading per reply: the daemon the device runs decides which blocks it has.
-    ntp.Status("ntpd_status",
-               {Output::Member("state", "State"),
-                Output::Member("tracking", "Tracking")
-                    .Button("status_ntp_manual_sync", "submit", kJump,
-                            "(Synchronize system time immediately to a reachable source)"),
-                Output::Member("sources", "Sources"), Output::Member("clients", "Clients"),
-                Output::Member("running", "Running"), Output::Member("gps", "GPS"), Output::Member("pps", "PPS"),
-                Output::Member("syncTo", "Synchronised To"), Output::Member("rawOutput", "Raw Output")})
-        .StatusFrom(NtpServerStatus);
+    // One reading per reply: the daemon the device runs decides its members, and the page's script draws them.
+    ntp.Status("ntpd_status", {}).StatusFrom(NtpServerStatus).Renderer("/js/ntp.js");
     return ntp;
 }
 

@@ -188,13 +188,6 @@ void PageView::render_scripts()
         Json::Value section;
         section["member"] = block.member;
         section["title"] = block.title;
-        if (!block.buttonId.empty()) {
-            Json::Value& button = section["button"];
-            button["id"] = block.buttonId;
-            button["name"] = block.buttonName;
-            button["value"] = block.buttonValue;
-            button["note"] = block.buttonNote;
-        }
         sections.append(section);
     }
     AddScript("/js/status.js");

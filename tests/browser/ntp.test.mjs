@@ -15,6 +15,12 @@ after(async () => {
   await browser.close();
 });
 
+// Replaced whole at once: the status poll may run the program at any moment.
+function replaceProgram(file, script) {
+  fs.writeFileSync(`${file}.new`, script, { mode: 0o755 });
+  fs.renameSync(`${file}.new`, file);
+}
+
 const commandLog = (device) => fs.readFileSync(path.join(device.root, "var/log/sim-commands.log"), "utf8");
 
 async function screenshot(page, name) {
@@ -54,7 +60,11 @@ test("chronyd's status tab shows tracking, sources and clients, and jumps the cl
     assert.equal((await status.locator("pre").nth(0).textContent()), "Running");
     assert.match(await status.locator("pre").nth(1).textContent(), /^Reference ID\s+: C0356C6C/);
     assert.match(await status.locator("pre").nth(2).textContent(), /\^\* 192\.53\.103\.108/);
-    assert.match(await status.textContent(), /Synchronize system time immediately to a reachable source/);
+    const jump = status.locator("form[method='post'] #status_ntp_manual_sync");
+    assert.equal(await jump.getAttribute("name"), "submit");
+    assert.equal(await jump.inputValue(), "Jump system time");
+    assert.equal(await status.locator(".status_note").textContent(),
+      "(Synchronize system time immediately to a reachable source)");
     assert.ok(page.rpcMethods.every((method) => method === "ntpd_status"));
     await screenshot(page, "ntp-chronyd-status.png");
 
@@ -76,11 +86,46 @@ test("without chronyc the status tab shows ntpd's peers and its GPS synchronisat
     const status = page.locator("#ntpd_status");
     await status.locator("h3", { hasText: "Raw Output" }).waitFor();
     assert.deepEqual(await status.locator("h3").allTextContents(),
-      ["Running", "GPS", "PPS", "Synchronised To", "Raw Output"]);
+      ["State", "Running", "GPS", "PPS", "Synchronised To", "Raw Output"]);
     assert.deepEqual(await status.locator("pre").allTextContents().then((texts) => texts.slice(0, 4)),
       ["Yes", "Synchronised", "Synchronised", "GPS with PPS"]);
     assert.match(await status.locator("pre").nth(4).textContent(), /\*127\.127\.28\.0\s+\.GPS\./);
     assert.equal(await page.locator("#status_ntp_manual_sync").count(), 0, "ntpd has no clock jump");
     await screenshot(page, "ntp-ntpd-status.png");
+  });
+});
+
+test("a stopped chronyd shows only its state, without the clock jump", async () => {
+  await withDevice(browser, async (device, page) => {
+    fs.writeFileSync(path.join(device.root, "var/lib/sim/ntpd-stopped"), "");
+    await page.goto(`${device.url}/config/network/ntp`);
+    await page.click("a[href='#status_tab']");
+    const status = page.locator("#ntpd_status");
+    await status.locator("pre", { hasText: "Stopped" }).waitFor();
+    assert.deepEqual(await status.locator("h3").allTextContents(), ["State"]);
+    assert.deepEqual(await status.locator("pre").allTextContents(), ["Stopped"]);
+    assert.equal(await page.locator("#status_ntp_manual_sync").count(), 0);
+  });
+});
+
+test("ntpd's table follows its synchronisation, and its peers' texts stay text", async () => {
+  await withDevice(browser, async (device, page) => {
+    fs.rmSync(path.join(device.root, "usr/bin/chronyc"));
+    const ntpq = path.join(device.root, "usr/bin/ntpq");
+    replaceProgram(ntpq, "#!/bin/sh\nprintf '+127.127.28.0 .GPS. 0 l\\n*127.127.28.1 .PPS. 0 l\\n<b id=injected>x</b>\\n'\n");
+    await page.goto(`${device.url}/config/network/ntp`);
+    await page.click("a[href='#status_tab']");
+    const status = page.locator("#ntpd_status");
+    await status.locator("h3", { hasText: "Raw Output" }).waitFor();
+    assert.deepEqual(await status.locator("pre").allTextContents().then((texts) => texts.slice(0, 4)),
+      ["Yes", "Not synchronised", "Synchronised", "PPS"]);
+    assert.match(await status.locator("pre").nth(4).textContent(), /<b id=injected>x<\/b>/);
+    assert.equal(await page.locator("#injected").count(), 0, "no markup from the device");
+
+    // Stopped, ntpq's complaint is all there is besides the state.
+    replaceProgram(ntpq, "#!/bin/sh\necho 'ntpq: read: Connection refused' >&2\n");
+    await status.locator("pre", { hasText: "Connection refused" }).waitFor();
+    assert.deepEqual(await status.locator("h3").allTextContents(), ["State", "Running", "Raw Output"]);
+    assert.deepEqual(await status.locator("pre").allTextContents(), ["No", "ntpq: read: Connection refused"]);
   });
 });

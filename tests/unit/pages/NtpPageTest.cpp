@@ -164,14 +164,15 @@ TEST_F(NtpPage, TheJumpTakesNothingElseThatWasPosted)
     EXPECT_EQ("0.pool.ntp.org", StoreGet("system/ntpd/servers/0"));
 }
 
-TEST_F(NtpPage, TheStatusTabOffersTheJumpUnderTheTracking)
+TEST_F(NtpPage, TheStatusTabIsDrawnByThePagesOwnScript)
 {
     const std::string page = Get(kNtp).body;
     EXPECT_THAT(page, HasSubstr("\"method\":\"ntpd_status\""));
-    EXPECT_THAT(page, HasSubstr("{\"button\":{\"id\":\"status_ntp_manual_sync\",\"name\":\"submit\",\"note\":"
-                                "\"(Synchronize system time immediately to a reachable source)\",\"value\":"
-                                "\"Jump system time\"},\"member\":\"tracking\",\"title\":\"Tracking\"}"))
-        << page;
+    EXPECT_THAT(page, HasSubstr("\"sections\":[]"));
+    EXPECT_THAT(page, HasSubstr("/js/status.js"));
+    EXPECT_THAT(page, HasSubstr("/js/ntp.js"));
+    // The common script first: the page's own registers its renderer with it.
+    EXPECT_LT(page.find("/js/status.js"), page.find("/js/ntp.js"));
 }
 
 // chronyd.
@@ -179,13 +180,16 @@ TEST_F(NtpPage, TheStatusTabOffersTheJumpUnderTheTracking)
 TEST_F(NtpPage, ARunningChronydShowsTrackingSourcesAndClients)
 {
     const Json::Value status = Call("ntpd_status");
-    EXPECT_EQ("true", status["isChronyd"].asString());
-    EXPECT_EQ("Running", status["state"].asString());
+    EXPECT_EQ((std::vector<std::string>{"clients", "isChronyd", "rawOutput", "running", "tracking"}),
+              status.getMemberNames());
+    ASSERT_TRUE(status["isChronyd"].isBool());
+    EXPECT_TRUE(status["isChronyd"].asBool());
+    ASSERT_TRUE(status["running"].isBool());
+    EXPECT_TRUE(status["running"].asBool());
     EXPECT_THAT(status["tracking"].asString(), HasSubstr("Reference ID    : C0356C6C (192.53.103.108)"));
-    EXPECT_THAT(status["sources"].asString(), HasSubstr("Source mode"));
-    EXPECT_THAT(status["sources"].asString(), HasSubstr("^* 192.53.103.108"));
+    EXPECT_THAT(status["rawOutput"].asString(), HasSubstr("Source mode"));
+    EXPECT_THAT(status["rawOutput"].asString(), HasSubstr("^* 192.53.103.108"));
     EXPECT_THAT(status["clients"].asString(), HasSubstr("192.168.1.10"));
-    EXPECT_FALSE(status.isMember("rawOutput"));
     EXPECT_EQ("/usr/bin/chronyc -n tracking\n/usr/bin/chronyc -n sources -v\n/usr/bin/chronyc -n clients\n",
               CommandLog());
 }
@@ -195,40 +199,58 @@ TEST_F(NtpPage, TrackingWithoutAReferenceIdShowsOnlyAStoppedChronyd)
     WriteDeviceFile("/usr/bin/chronyc", "#!/bin/sh\nprintf 'Stratum         : 0\\nLeap status     : Not synchronised\\n'\n",
                     true);
     const Json::Value status = Call("ntpd_status");
-    EXPECT_EQ((std::vector<std::string>{"isChronyd", "state"}), status.getMemberNames());
-    EXPECT_EQ("true", status["isChronyd"].asString());
-    EXPECT_EQ("Stopped", status["state"].asString());
+    EXPECT_EQ((std::vector<std::string>{"isChronyd", "running"}), status.getMemberNames());
+    EXPECT_EQ(Json::Value(true), status["isChronyd"]);
+    EXPECT_EQ(Json::Value(false), status["running"]);
 }
 
 TEST_F(NtpPage, AStoppedChronydAnswersNothingButItsState)
 {
     StopDaemon();
     const Json::Value status = Call("ntpd_status");
-    EXPECT_EQ("Stopped", status["state"].asString());
-    EXPECT_FALSE(status.isMember("tracking"));
+    EXPECT_EQ((std::vector<std::string>{"isChronyd", "running"}), status.getMemberNames());
+    EXPECT_EQ(Json::Value(false), status["running"]);
     EXPECT_EQ("/usr/bin/chronyc -n tracking\n", CommandLog());
 }
 
 TEST_F(NtpPage, SavingTheSwitchOffLeavesTheDaemonStopped)
 {
     Save("", {"a.example", "", "", ""});
-    EXPECT_EQ("Stopped", Call("ntpd_status")["state"].asString());
+    EXPECT_EQ(Json::Value(false), Call("ntpd_status")["running"]);
     Save("y", {"a.example", "", "", ""});
-    EXPECT_EQ("Running", Call("ntpd_status")["state"].asString());
+    EXPECT_EQ(Json::Value(true), Call("ntpd_status")["running"]);
 }
 
 // ntpd.
+
+namespace {
+
+const std::vector<std::string> kNtpdMembers{"gpsSync", "hasGps", "ppsSync", "rawOutput", "running", "syncTo"};
+
+// The members ntpd's reply always has, each of its type.
+void ExpectNtpdReply(const Json::Value& status)
+{
+    ASSERT_TRUE(status.isObject());
+    EXPECT_EQ(kNtpdMembers, status.getMemberNames());
+    for (const char* flag : {"running", "hasGps", "gpsSync", "ppsSync"})
+        EXPECT_TRUE(status[flag].isBool()) << flag;
+    EXPECT_TRUE(status["syncTo"].isString());
+    EXPECT_TRUE(status["rawOutput"].isString());
+}
+
+}  // namespace
 
 TEST_F(NtpPage, WithoutChronycTheStatusIsNtpdsPeerListing)
 {
     UseNtpd();
     const Json::Value status = Call("ntpd_status");
-    EXPECT_FALSE(status.isMember("isChronyd"));
-    EXPECT_EQ("Yes", status["running"].asString());
+    ExpectNtpdReply(status);
+    EXPECT_EQ(Json::Value(true), status["running"]);
+    EXPECT_EQ(Json::Value(false), status["hasGps"]);
+    EXPECT_EQ(Json::Value(false), status["gpsSync"]);
+    EXPECT_EQ(Json::Value(false), status["ppsSync"]);
     EXPECT_EQ("192.53.103.108", status["syncTo"].asString());
     EXPECT_THAT(status["rawOutput"].asString(), HasSubstr("*192.53.103.108  .PTB."));
-    EXPECT_FALSE(status.isMember("gps"));
-    EXPECT_FALSE(status.isMember("pps"));
     EXPECT_EQ("/usr/bin/ntpq -pn\n", CommandLog());
 }
 
@@ -237,9 +259,11 @@ TEST_F(NtpPage, AGpsSelectedWithAPpsInUseIsGpsWithPps)
     UseNtpd();
     WriteDeviceFile("/etc/sim/ntp-gps", "");
     const Json::Value status = Call("ntpd_status");
-    EXPECT_EQ("Yes", status["running"].asString());
-    EXPECT_EQ("Synchronised", status["gps"].asString());
-    EXPECT_EQ("Synchronised", status["pps"].asString());
+    ExpectNtpdReply(status);
+    EXPECT_EQ(Json::Value(true), status["running"]);
+    EXPECT_EQ(Json::Value(true), status["hasGps"]);
+    EXPECT_EQ(Json::Value(true), status["gpsSync"]);
+    EXPECT_EQ(Json::Value(true), status["ppsSync"]);
     EXPECT_EQ("GPS with PPS", status["syncTo"].asString());
     EXPECT_THAT(status["rawOutput"].asString(), HasSubstr(".GPS."));
 }
@@ -249,10 +273,23 @@ TEST_F(NtpPage, ARefusedConnectionIsAStoppedNtpdWithItsComplaint)
     UseNtpd();
     StopDaemon();
     const Json::Value status = Call("ntpd_status");
-    EXPECT_EQ("No", status["running"].asString());
+    ExpectNtpdReply(status);
+    EXPECT_EQ(Json::Value(false), status["running"]);
+    EXPECT_EQ(Json::Value(false), status["hasGps"]);
+    EXPECT_EQ(Json::Value(false), status["gpsSync"]);
+    EXPECT_EQ(Json::Value(false), status["ppsSync"]);
+    EXPECT_EQ("", status["syncTo"].asString());
+    // ntpq's complaint comes on its standard error.
     EXPECT_EQ("ntpq: read: Connection refused\n", status["rawOutput"].asString());
-    EXPECT_FALSE(status.isMember("gps"));
-    EXPECT_FALSE(status.isMember("syncTo"));
+}
+
+TEST_F(NtpPage, NtpqsStandardErrorIsPartOfTheListing)
+{
+    UseNtpd();
+    WriteDeviceFile("/usr/bin/ntpq", "#!/bin/sh\necho 'ntpq: read: Connection refused' >&2\n", true);
+    const Json::Value status = Call("ntpd_status");
+    EXPECT_EQ(Json::Value(false), status["running"]);
+    EXPECT_EQ("ntpq: read: Connection refused\n", status["rawOutput"].asString());
 }
 
 TEST_F(NtpPage, NtpqsOwnOutputDecidesTheSynchronisation)
@@ -261,52 +298,70 @@ TEST_F(NtpPage, NtpqsOwnOutputDecidesTheSynchronisation)
     NtpqPrints(kGpsPeers);
     EXPECT_EQ("GPS with PPS", Call("ntpd_status")["syncTo"].asString());
     NtpqPrints("ntpq: read: Connection refused\n");
-    EXPECT_EQ("No", Call("ntpd_status")["running"].asString());
+    EXPECT_EQ(Json::Value(false), Call("ntpd_status")["running"]);
 }
 
 TEST(NtpdStatus, GpsWithPps)
 {
-    const auto status = pages::NtpdStatus(kGpsPeers);
-    EXPECT_EQ("GPS with PPS", status.at("syncTo"));
-    EXPECT_EQ("Synchronised", status.at("gps"));
-    EXPECT_EQ("Synchronised", status.at("pps"));
-    EXPECT_EQ("Yes", status.at("running"));
-    EXPECT_EQ(kGpsPeers, status.at("rawOutput"));
+    const Json::Value status = pages::NtpdStatus(kGpsPeers);
+    ExpectNtpdReply(status);
+    EXPECT_EQ("GPS with PPS", status["syncTo"].asString());
+    EXPECT_EQ(Json::Value(true), status["hasGps"]);
+    EXPECT_EQ(Json::Value(true), status["gpsSync"]);
+    EXPECT_EQ(Json::Value(true), status["ppsSync"]);
+    EXPECT_EQ(Json::Value(true), status["running"]);
+    EXPECT_EQ(kGpsPeers, status["rawOutput"].asString());
 }
 
 TEST(NtpdStatus, OnlyTheGpsSelected)
 {
-    const auto status = pages::NtpdStatus("*127.127.28.0    .GPS.   0 l\n+127.127.28.1    .PPS.   0 l\n");
-    EXPECT_EQ("Synchronised", status.at("gps"));
-    EXPECT_EQ("Not synchronised", status.at("pps"));
-    EXPECT_EQ("GPS", status.at("syncTo"));
+    const Json::Value status = pages::NtpdStatus("*127.127.28.0    .GPS.   0 l\n+127.127.28.1    .PPS.   0 l\n");
+    EXPECT_EQ(Json::Value(true), status["gpsSync"]);
+    EXPECT_EQ(Json::Value(false), status["ppsSync"]);
+    EXPECT_EQ("GPS", status["syncTo"].asString());
 }
 
 TEST(NtpdStatus, OnlyThePpsSelected)
 {
-    const auto status = pages::NtpdStatus("+127.127.28.0    .GPS.   0 l\n*127.127.28.1    .PPS.   0 l\n");
-    EXPECT_EQ("Not synchronised", status.at("gps"));
-    EXPECT_EQ("PPS", status.at("syncTo"));
+    const Json::Value status = pages::NtpdStatus("+127.127.28.0    .GPS.   0 l\n*127.127.28.1    .PPS.   0 l\n");
+    EXPECT_EQ(Json::Value(true), status["hasGps"]);
+    EXPECT_EQ(Json::Value(false), status["gpsSync"]);
+    EXPECT_EQ(Json::Value(true), status["ppsSync"]);
+    EXPECT_EQ("PPS", status["syncTo"].asString());
 }
 
 TEST(NtpdStatus, APpsWithoutAGpsIsOnlyAPeer)
 {
-    const auto status = pages::NtpdStatus("o127.127.22.0    .PPS.   0 l\n*10.1.2.3   .PTB.  1 u\n");
-    EXPECT_EQ(0u, status.count("gps"));
-    EXPECT_EQ("10.1.2.3", status.at("syncTo"));
+    const Json::Value status = pages::NtpdStatus("o127.127.22.0    .PPS.   0 l\n*10.1.2.3   .PTB.  1 u\n");
+    ExpectNtpdReply(status);
+    EXPECT_EQ(Json::Value(false), status["hasGps"]);
+    EXPECT_EQ(Json::Value(false), status["ppsSync"]);
+    EXPECT_EQ("10.1.2.3", status["syncTo"].asString());
 }
 
 TEST(NtpdStatus, NoSelectedPeerIsSynchronisedToNothing)
 {
-    const auto status = pages::NtpdStatus("+10.1.2.3   .PTB.  1 u\n 10.1.2.4   .INIT. 16 u\n");
-    EXPECT_EQ("Yes", status.at("running"));
-    EXPECT_EQ("", status.at("syncTo"));
+    const Json::Value status = pages::NtpdStatus("+10.1.2.3   .PTB.  1 u\n 10.1.2.4   .INIT. 16 u\n");
+    EXPECT_EQ(Json::Value(true), status["running"]);
+    EXPECT_EQ(Json::Value(""), status["syncTo"]);
 }
 
 TEST(NtpdStatus, ConnectionRefused)
 {
-    const auto status = pages::NtpdStatus("Connection refused");
-    EXPECT_EQ("No", status.at("running"));
-    EXPECT_EQ("Connection refused", status.at("rawOutput"));
-    EXPECT_EQ(2u, status.size());
+    const Json::Value status = pages::NtpdStatus("Connection refused");
+    ExpectNtpdReply(status);
+    EXPECT_EQ(Json::Value(false), status["running"]);
+    for (const char* flag : {"hasGps", "gpsSync", "ppsSync"})
+        EXPECT_EQ(Json::Value(false), status[flag]) << flag;
+    EXPECT_EQ(Json::Value(""), status["syncTo"]);
+    EXPECT_EQ("Connection refused", status["rawOutput"].asString());
+}
+
+TEST(NtpdStatus, AGpsListedWhileRefusedIsNoGps)
+{
+    const Json::Value status = pages::NtpdStatus(std::string(kGpsPeers) + "Connection refused\n");
+    EXPECT_EQ(Json::Value(false), status["running"]);
+    EXPECT_EQ(Json::Value(false), status["hasGps"]);
+    EXPECT_EQ(Json::Value(false), status["gpsSync"]);
+    EXPECT_EQ(Json::Value(""), status["syncTo"]);
 }
