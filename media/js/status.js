@@ -12,6 +12,14 @@ var PanelkitStatus = (function () {
     return block.append($("<div class=\"command_output\"></div>").append($("<pre></pre>").text($.trim(text || ""))));
   }
 
+  // A form posted to the page with one button and its note, carrying the token of the page's own forms.
+  function buttonForm(button) {
+    var form = $("<form method=\"post\" action=\"\"></form>");
+    form.append($("<input type=\"hidden\" name=\"_csrf\" />").val($("input[name=_csrf]").first().val() || ""));
+    form.append($("<input type=\"submit\" />").attr({ id: button.id, name: button.name }).val(button.value));
+    return form.append(" ").append($("<span class=\"status_note\"></span>").text(button.note || ""));
+  }
+
   function showError(target, failure, text) {
     target.empty().append($("<div class=\"status_error\"></div>").text(failure + text));
   }
@@ -72,7 +80,7 @@ var PanelkitStatus = (function () {
     };
   }
 
-  return { poll: poll, section: section, sections: sections };
+  return { poll: poll, section: section, buttonForm: buttonForm, sections: sections };
 })();
 
 // A page with a renderer of its own registers it as PanelkitStatus.render before the page is ready.

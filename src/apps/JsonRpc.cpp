@@ -30,12 +30,7 @@ void JsonRpc::BindStatus(const std::vector<page::Page>& pages)
     for (const auto& page : pages) {
         if (page.StatusMethod().empty())
             continue;
-        bind(page.StatusMethod(), 0, [this, &page](const Json::Value&) {
-            Json::Value result(Json::objectValue);
-            for (const auto& block : page.StatusBlocks())
-                result[block.member] = block.make();
-            return_result(result);
-        });
+        bind(page.StatusMethod(), 0, [this, &page](const Json::Value&) { return_result(page.StatusReply()); });
     }
 }
 

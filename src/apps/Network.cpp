@@ -3,6 +3,7 @@
 
 #include "pages/DnsServer.h"
 #include "pages/Ethernet.h"
+#include "pages/Ntp.h"
 #include "pages/PortForwarding.h"
 
 namespace panelkit::apps {
@@ -34,7 +35,7 @@ const std::vector<page::Page>& Network::Pages()
         Pending("access_point", "Access Point"),
         Pending("wlan", "WLAN"),
         Pending("cellular", "Cellular"),
-        Pending("ntp", "NTP Server"),
+        pages::Ntp(),
         pages::DnsServer(),
         Pending("uhf", "UHF Channels"),
     };

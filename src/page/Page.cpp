@@ -169,6 +169,22 @@ Page& Page::Status(const std::string& method, std::vector<Output> blocks, const 
     return *this;
 }
 
+Page& Page::StatusFrom(std::function<Json::Value()> read)
+{
+    read_ = std::move(read);
+    return *this;
+}
+
+Json::Value Page::StatusReply() const
+{
+    if (read_)
+        return read_();
+    Json::Value reply(Json::objectValue);
+    for (const auto& block : status_)
+        reply[block.member] = block.make();
+    return reply;
+}
+
 Page& Page::Separated()
 {
     separated_ = true;

@@ -4,6 +4,8 @@
 #include "page/Field.h"
 #include "page/Output.h"
 
+#include <json/value.h>
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -144,6 +146,9 @@ public:
 
     /// The status tab: the JSON-RPC method it polls and the blocks of its reply, in the order shown.
     Page& Status(const std::string& method, std::vector<Output> blocks, const std::string& target = "");
+    /// The status reply is made at once by `read`, members of any JSON type from one reading of the device; its
+    /// renderer (Renderer) draws it.
+    Page& StatusFrom(std::function<Json::Value()> read);
     /// The status tab's blocks are separated by line breaks.
     Page& Separated();
     /// On a page of several forms, the status shows in the current form's tab, under the heading.
@@ -199,6 +204,8 @@ public:
     const std::string& StatusTarget() const { return target_; }
     /// The blocks of the status reply.
     const std::vector<Output>& StatusBlocks() const { return status_; }
+    /// The status reply of one request: the page's own reading, or every block's text made in turn.
+    Json::Value StatusReply() const;
     /// True when the status blocks are separated by line breaks.
     bool StatusSeparated() const { return separated_; }
     /// The text before the reason of a failed status request, "" for the common one.
@@ -232,6 +239,7 @@ private:
     std::string method_;
     std::string target_;
     std::vector<Output> status_;
+    std::function<Json::Value()> read_;
     bool separated_ = false;
     std::string statusFailure_;
     std::string renderer_;

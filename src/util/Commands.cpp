@@ -45,14 +45,17 @@ std::vector<char*> ArgumentArray(const std::vector<std::string>& argv)
     return array;
 }
 
-// Standard output goes to `output` and standard input comes from `input` when they are not negative;
-// false when the program cannot be started.
-bool Spawn(const char* program, const std::vector<std::string>& argv, int output, pid_t& pid, int input = -1)
+// Standard output goes to `output` (and standard error too when `merged`) and standard input comes from `input`
+// when they are not negative; false when the program cannot be started.
+bool Spawn(const char* program, const std::vector<std::string>& argv, int output, pid_t& pid, int input = -1,
+           bool merged = false)
 {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     if (output >= 0)
         posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    if (output >= 0 && merged)
+        posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
     if (input >= 0)
         posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     // The service ignores SIGPIPE; a program whose reader went away ends as it would under a shell.
@@ -100,14 +103,15 @@ std::string ReadBounded(int fd, std::size_t maxBytes)
     return Bounded(std::move(text), maxBytes);
 }
 
-std::string Capture(const char* program, const std::vector<std::string>& argv, std::size_t maxBytes)
+std::string Capture(const char* program, const std::vector<std::string>& argv, std::size_t maxBytes,
+                    bool merged = false)
 {
     // Close-on-exec: a program another request starts at the same moment must not hold this pipe open.
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0)
         return "";
     pid_t pid = -1;
-    const bool started = Spawn(program, argv, ends[1], pid);
+    const bool started = Spawn(program, argv, ends[1], pid, -1, merged);
     ::close(ends[1]);
     std::string output = started ? ReadBounded(ends[0], maxBytes) : std::string();
     // Closed before the wait, so that a program still writing ends instead of blocking on a full pipe.
@@ -229,6 +233,11 @@ int ShellCommand(const std::string& cmd, std::string& out)
 std::string Run(const std::vector<std::string>& argv, std::size_t maxBytes)
 {
     return argv.empty() ? std::string() : Capture(argv[0].c_str(), argv, maxBytes);
+}
+
+std::string RunMerged(const std::vector<std::string>& argv, std::size_t maxBytes)
+{
+    return argv.empty() ? std::string() : Capture(argv[0].c_str(), argv, maxBytes, true);
 }
 
 int RunStatus(const std::vector<std::string>& argv)

@@ -16,6 +16,8 @@ int ShellCommand(const std::string& cmd, std::string& out);
 /// Runs argv[0] (looked up on PATH) with the arguments and no shell; at most maxBytes of its
 /// standard output, cut as Bounded cuts; "" when the program cannot be started.
 std::string Run(const std::vector<std::string>& argv, std::size_t maxBytes);
+/// Runs argv[0] as Run does, with its standard error captured along with its standard output (as `2>&1` does).
+std::string RunMerged(const std::vector<std::string>& argv, std::size_t maxBytes);
 /// Runs argv[0] (looked up on PATH) with the arguments and no shell, output not captured; the wait
 /// status as system() gives it (0 on success), 127 << 8 when the program cannot be started.
 int RunStatus(const std::vector<std::string>& argv);

@@ -245,6 +245,22 @@ TEST(Run, StandardErrorIsLeftToTheService)
     EXPECT_EQ("complaint\n", err);
 }
 
+TEST(RunMerged, StandardErrorComesWithTheOutputInTheOrderWritten)
+{
+    testing::internal::CaptureStderr();
+    const std::string out = util::RunMerged({"sh", "-c", "echo out; echo complaint >&2; echo more"}, 4096);
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_EQ("out\ncomplaint\nmore\n", out);
+}
+
+TEST(RunMerged, TheMergedOutputIsBoundedAndArgumentsStayAsTheyAre)
+{
+    EXPECT_EQ("$(id) 'q';\n", util::RunMerged({"sh", "-c", "printf '%s\\n' \"$1\" >&2", "sh", "$(id) 'q';"}, 4096));
+    EXPECT_EQ("abcdefg...", util::RunMerged({"sh", "-c", "printf abcdefghijkl >&2"}, 10));
+    EXPECT_EQ("", util::RunMerged({"panelkit-no-such-program"}, 4096));
+    EXPECT_EQ("", util::RunMerged({}, 4096));
+}
+
 TEST(Run, AProgramThatCannotBeStartedGivesNothing)
 {
     EXPECT_EQ("", util::Run({"panelkit-no-such-program", "--version"}, 4096));

@@ -279,3 +279,27 @@ TEST_F(Declared, WhatEveryRequestShowsGivesWayToWhatAPostDid)
     EXPECT_THAT(saved, HasSubstr("Success: The form values were saved."));
     EXPECT_THAT(saved, Not(HasSubstr("Standing notice")));
 }
+
+TEST(StatusReply, DeclaredBlocksAnswerTheirTextsAndAnOwnReadingKeepsItsTypes)
+{
+    page::Page blocks("test", "Test");
+    blocks.Status("test_status", {page::Output::Computed("a", "A", [] { return "1"; }),
+                                  page::Output::Computed("b", "B", [] { return "two"; })});
+    Json::Value texts(Json::objectValue);
+    texts["a"] = "1";
+    texts["b"] = "two";
+    EXPECT_EQ(texts, blocks.StatusReply());
+
+    page::Page own("test", "Test");
+    own.Status("test_status", {}).StatusFrom([] {
+        Json::Value reply(Json::objectValue);
+        reply["up"] = false;
+        reply["count"] = 3;
+        return reply;
+    });
+    const Json::Value reply = own.StatusReply();
+    ASSERT_TRUE(reply["up"].isBool());
+    EXPECT_FALSE(reply["up"].asBool());
+    EXPECT_TRUE(reply["count"].isInt());
+    EXPECT_EQ(2u, reply.size());
+}
