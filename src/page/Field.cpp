@@ -18,6 +18,7 @@
 #include "widgets/IpAddress.h"
 
 #include <cstdlib>
+#include <optional>
 
 namespace panelkit::page {
 
@@ -204,12 +205,16 @@ Field& Field::Required()
 Field& Field::Upload(std::int64_t minSize, std::int64_t maxSize, const std::string& mime, const std::string& name,
                      const std::string& magic)
 {
+    // Compiled once with the declaration; every request's widget shares it.
+    std::optional<web::Pattern> names;
+    if (!name.empty())
+        names.emplace(name);
     return Configure([=](BaseWidget& widget) {
         auto& file = As<web::widgets::File>(widget, "an upload");
         file.limits(minSize, maxSize);
         file.mime(mime);
-        if (!name.empty())
-            file.filename(name);
+        if (names)
+            file.filename(*names);
         if (!magic.empty())
             file.add_valid_magic(magic);
     });

@@ -8,8 +8,6 @@
 #include <dirent.h>
 #include <strings.h>
 
-#include <cstring>
-
 namespace panelkit::pages {
 
 namespace {
@@ -19,11 +17,6 @@ const char kLicenceDir[] = "/usr/share/common-licenses";
 
 // Licence texts are a few kilobytes; the bound keeps a mistaken link (a device file) from filling the page.
 constexpr std::size_t kMaxLicenceBytes = 1 << 20;
-
-bool IsDotOrDotDot(const char* name)
-{
-    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
-}
 
 std::set<OSSFile> LicenceFiles(const std::string& dir)
 {
@@ -82,17 +75,11 @@ bool OSSFile::operator<(const OSSFile& other) const
 
 void GetOSSFiles(const std::string& dir, OSSPackages& out)
 {
-    DIR* folder = ::opendir(dir.c_str());
-    if (!folder)
-        return;
-    while (const dirent* entry = ::readdir(folder)) {
-        if (entry->d_type != DT_DIR || IsDotOrDotDot(entry->d_name))
-            continue;
-        std::set<OSSFile> files = LicenceFiles(dir + "/" + entry->d_name);
+    for (const auto& package : util::FindFiles(dir, util::FindFilesType::Directory, ".*")) {
+        std::set<OSSFile> files = LicenceFiles(dir + "/" + package);
         if (!files.empty())
-            out.emplace(entry->d_name, std::move(files));
+            out.emplace(package, std::move(files));
     }
-    ::closedir(folder);
 }
 
 page::Page About()

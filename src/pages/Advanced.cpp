@@ -86,13 +86,6 @@ std::string Trimmed(const std::string& text)
     return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
-// Streams a device file as a plain-text download.
-void SendText(web::Response& response, const std::string& path, const std::string& name)
-{
-    response.sendFile(path, "", "text/plain");
-    response.setHeader("Content-disposition", web::Response::Attachment(name));
-}
-
 // Administration: every switch is written only when it changed, in order, each write only after the last succeeded.
 
 // Writes the switch when its box differs from what is stored; false when that write failed.
@@ -299,8 +292,8 @@ bool RestoreConfiguration(page::Call& call)
 
 bool DownloadSyslog(page::Call& call)
 {
-    SendText(call.app.response(), util::DevicePath(SyslogPath()),
-             "ULM3_syslog_" + util::Pardb::GetString("net/hostname") + ".txt");
+    call.app.response().sendFile(util::DevicePath(SyslogPath()),
+                                 "ULM3_syslog_" + util::Pardb::GetString("net/hostname") + ".txt", "text/plain");
     return true;
 }
 
@@ -327,7 +320,7 @@ bool DownloadDeployerLog(page::Call& call)
         return false;
     }
     web::Response& response = call.app.response();
-    SendText(response, path, output.substr(output.rfind('/') + 1));
+    response.sendFile(path, output.substr(output.rfind('/') + 1), "text/plain");
     response.removeFileAfterSending();
     return true;
 }

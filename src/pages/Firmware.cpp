@@ -134,11 +134,8 @@ page::Page Firmware()
         _Describe(call);
         if (util::IsFirmareUpgradeInProgress())
             return _ShowProgress(call);
-        if (call.app.HttpGet("type") == "failedUpgrade") {
+        if (call.app.HttpGet("type") == "failedUpgrade")
             call.content.message = data::Message::Error("Firmware upgrade failed");
-            call.app.render("Firmware", call.content);
-            call.content.answered = true;
-        }
     });
     return firmware;
 }

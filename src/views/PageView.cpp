@@ -128,26 +128,23 @@ void PageView::render_config_tab(std::size_t index)
 void PageView::render_status_tab()
 {
     const page::Page& page = page_.page;
-    const bool diagnostics = !page.DiagnosticsId().empty();
-    if (diagnostics && page.DiagnosticsFirst()) {
+    // The command output made while the page rendered, before or after the live status.
+    const auto diagnostics = [this, &page](bool first) {
+        if (page.DiagnosticsId().empty() || page.DiagnosticsFirst() != first)
+            return;
         out_ << "<div class=\"command_output\" id=\"";
         Esc(page.DiagnosticsId());
         out_ << "\">";
         render_sections(page_.sections);
         out_ << "</div>";
-    }
+    };
+    diagnostics(true);
     out_ << "<div class=\"command_output\" id=\"";
     Esc(page.StatusTarget());
     out_ << "\"><img src=\"";
     Esc(content_.media_root);
     out_ << "/images/spinner.gif\" alt=\"Loading\" class=\"spinner_image\" /></div>";
-    if (diagnostics && !page.DiagnosticsFirst()) {
-        out_ << "<div class=\"command_output\" id=\"";
-        Esc(page.DiagnosticsId());
-        out_ << "\">";
-        render_sections(page_.sections);
-        out_ << "</div>";
-    }
+    diagnostics(false);
 }
 
 void PageView::render_sections(const std::vector<data::ShellOutput::Section>& sections)

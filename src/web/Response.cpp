@@ -77,7 +77,7 @@ void Response::sendFile(const std::string& path, const std::string& downloadName
     file_ = path;
     contentType_ = type;
     if (!downloadName.empty())
-        setHeader("Content-Disposition", Attachment(downloadName));
+        setHeader("Content-disposition", Attachment(downloadName));
 }
 
 std::string Response::Attachment(const std::string& name)

@@ -290,15 +290,15 @@ TEST(File, ChecksSizeTypeNameAndMagic)
     EXPECT_EQ("fw.bin", image.value()->filename);
     EXPECT_TRUE(image.validate());
     image.add_valid_magic(std::string("\xD0\x0D\xFE\xED", 4));
-    image.filename(".*\\.bin");
+    image.filename(web::Pattern(".*\\.bin"));
     image.mime("application/octet-stream");
     EXPECT_TRUE(image.validate());
     image.limits(0, 4);
     EXPECT_FALSE(image.validate());
     image.limits(0, -1);
-    image.filename(".*\\.img");
+    image.filename(web::Pattern(".*\\.img"));
     EXPECT_FALSE(image.validate());
-    image.filename(".*");
+    image.filename(web::Pattern(".*"));
     image.add_valid_magic("XX");
     EXPECT_TRUE(image.validate()) << "one matching beginning is enough";
 }

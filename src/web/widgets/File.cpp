@@ -16,9 +16,9 @@ void File::limits(std::int64_t min, std::int64_t max)
     max_ = max;
 }
 
-void File::filename(const std::string& expression)
+void File::filename(Pattern expression)
 {
-    filename_.emplace(expression);
+    filename_.emplace(std::move(expression));
 }
 
 void File::load(const Request& request)

@@ -25,7 +25,7 @@ public:
     /// Requires exactly this MIME type ("" accepts any).
     void mime(const std::string& type) { mime_ = type; }
     /// Requires the browser's file name to match the expression (whole name).
-    void filename(const std::string& expression);
+    void filename(Pattern expression);
     /// Adds an accepted beginning of the content; when any are given, one must match.
     void add_valid_magic(const std::string& bytes) { magics_.push_back(bytes); }
 
