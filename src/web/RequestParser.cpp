@@ -112,9 +112,9 @@ int RequestParser::Parse(Request& request, std::istream& body, std::int64_t cont
     if (multipart)
         status = MultipartReader(boundary, limits).Read(in, request.form_, request.files_, message);
     else if (request.contentType_ == "application/x-www-form-urlencoded")
-        status = ReadUrlEncoded(in, request.form_, message); else {
+        status = ReadUrlEncoded(in, request.form_, message);
+    else
         request.body_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    }
     // A body cut at the limit reads as a malformed one: the limit is the reason.
     if (limited.exceeded()) {
         status = 413;

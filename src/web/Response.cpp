@@ -22,6 +22,17 @@ std::streamsize Response::BodyBuffer::xsputn(const char* s, std::streamsize n)
     return n;
 }
 
+namespace {
+
+// A file handed over to be removed once sent.
+void RemoveSent(bool remove, const std::string& file)
+{
+    if (remove && !file.empty())
+        std::remove(file.c_str());
+}
+
+}  // namespace
+
 Response::Response() : buffer_(body_), out_(&buffer_)
 {
     // A page is a few KiB: one allocation instead of a dozen growing copies.
@@ -30,8 +41,7 @@ Response::Response() : buffer_(body_), out_(&buffer_)
 
 Response::~Response()
 {
-    if (removeFile_ && !file_.empty())
-        std::remove(file_.c_str());
+    RemoveSent(removeFile_, file_);
 }
 
 const char* Response::Reason(int code)
@@ -46,8 +56,7 @@ void Response::setHeader(const std::string& name, const std::string& value)
 
 void Response::reset()
 {
-    if (removeFile_ && !file_.empty())
-        std::remove(file_.c_str());
+    RemoveSent(removeFile_, file_);
     removeFile_ = false;
     status_ = 200;
     contentType_ = "text/html; charset=utf-8";
